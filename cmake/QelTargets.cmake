@@ -1,0 +1,52 @@
+# How every target of the tree is compiled, and the three ways to make one.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTOUIC ON)
+set(CMAKE_AUTORCC ON)
+
+add_library(qel_options INTERFACE)
+target_compile_options(qel_options INTERFACE -Wall -Wextra -Werror -Wshadow -Wnon-virtual-dtor)
+target_compile_definitions(qel_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_URL_CAST_FROM_STRING QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+    QT_NO_FOREACH QT_NO_JAVA_STYLE_ITERATORS
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+# qel_library(NAME SOURCES ... LIBS ...): one layer as a static library. Headers are included
+# from the layer's parent folder ("dataset/RowSet.h", "sql/Parser.h").
+function(qel_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;PRIVATE_LIBS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}/..")
+    target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE qel_options ${ARG_PRIVATE_LIBS})
+endfunction()
+
+# qel_test(NAME SOURCES ... LIBS ... [TIMEOUT seconds] [ENV name=value ...]): one Qt Test program,
+# run by CTest without a display.
+function(qel_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;ENV" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE qel_options ${ARG_LIBS} Qt6::Test)
+    add_test(NAME ${name} COMMAND ${name})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Asia/Shanghai;${ARG_ENV}")
+endfunction()
+
+# qel_bench(NAME SOURCES ... LIBS ...): one Google Benchmark program.
+function(qel_bench name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    find_package(benchmark REQUIRED)
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE qel_options ${ARG_LIBS} benchmark::benchmark)
+endfunction()
