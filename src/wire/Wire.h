@@ -1,0 +1,85 @@
+#pragma once
+
+#include "dataset/QelError.h"
+#include "dataset/RowSet.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <utility>
+
+/// How queries, posts and their answers are written as bytes. docs/wire-protocol.md is the
+/// description of the same; client and server both use these routines.
+namespace Qel::Wire {
+
+inline constexpr char CborType[] = "application/cbor";
+inline constexpr char JsonType[] = "application/json";
+
+enum class Format { Cbor, Json };
+
+/// Bytes that are not what they should be. Says what is missing or wrong, and where.
+class EWireError : public EQelError
+{
+public:
+    using EQelError::EQelError;
+};
+
+struct QueryRequest
+{
+    QString sql;
+    int page = 0;     ///< from 1; 0 together with pageSize 0 means all rows
+    int pageSize = 0; ///< rows per page
+    int queryType = 1;
+};
+
+struct QueryAnswer
+{
+    qint64 total = 0; ///< rows that the statement selects, over all pages
+    RowSet rows;      ///< those of the page
+};
+
+using NamedValue = std::pair<QString, QString>;
+using NamedValues = QList<NamedValue>; ///< in the order in which they were added
+
+struct PostRequest
+{
+    QString manager;
+    QString method;
+    QList<NamedValues> rows;
+};
+
+struct ResultRow
+{
+    QString code; ///< "1", "0", "-1", "-2"
+    NamedValues values;
+};
+
+struct PostAnswer
+{
+    QList<ResultRow> rows;
+};
+
+/// The body of every answer whose HTTP status is not 200.
+struct ErrorAnswer
+{
+    QString code;      ///< short and stable, e.g. "sql.unknown_table"
+    QString message;   ///< for the operator
+    QString reference; ///< finds the entry in the server's log
+};
+
+QByteArray Encode(const QueryRequest &request, Format format);
+QByteArray Encode(const QueryAnswer &answer, Format format);
+QByteArray Encode(const PostRequest &request, Format format);
+QByteArray Encode(const PostAnswer &answer, Format format);
+QByteArray Encode(const ErrorAnswer &answer, Format format);
+
+// All throw EWireError (or EDataSetError for the row block inside a query answer).
+QueryRequest DecodeQueryRequest(const QByteArray &body, Format format);
+QueryAnswer DecodeQueryAnswer(const QByteArray &body, Format format); ///< CBOR: rows stay views
+PostRequest DecodePostRequest(const QByteArray &body, Format format);
+PostAnswer DecodePostAnswer(const QByteArray &body, Format format);
+ErrorAnswer DecodeErrorAnswer(const QByteArray &body, Format format);
+
+} // namespace Qel::Wire
