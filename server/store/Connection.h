@@ -1,0 +1,120 @@
+#pragma once
+
+#include "dataset/QelError.h"
+
+#include <QByteArrayView>
+#include <QString>
+
+#include <chrono>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <variant>
+
+/// The database behind the server. Everything above this folder speaks to these classes and not
+/// to a driver; SQL text that differs between databases is made by whoever asks CurrentDialect().
+namespace Qel::Store {
+
+enum class Dialect { Sqlite, Postgres };
+
+/// A statement failed. The message names what the database said; it is for the log, an operator
+/// gets it only through the error answer's reference.
+class EStoreError : public EQelError
+{
+public:
+    enum class Kind {
+        Failure,    ///< anything else
+        Constraint, ///< a key, a check or a NOT NULL refused the row
+        TimeOut,    ///< the connection's deadline passed, or it was interrupted
+    };
+
+    EStoreError(Kind kind, const QString &message)
+        : EQelError(message)
+        , kind_(kind)
+    {
+    }
+
+    Kind WhichKind() const { return kind_; }
+
+private:
+    Kind kind_;
+};
+
+/// One prepared statement. Belongs to its connection, which must outlive it, and to one thread.
+/// Parameters count from 1 ("?1" in the text), columns from 0. Every member throws EStoreError.
+class Statement
+{
+public:
+    virtual ~Statement() = default;
+
+    virtual void Bind(int parameter, QByteArrayView utf8) = 0; ///< copied
+    virtual void BindNull(int parameter) = 0;
+    virtual void BindInt(int parameter, qint64 value) = 0;
+    void Bind(int parameter, const QString &text);
+
+    virtual bool Step() = 0;  ///< true: a row stands ready; false: the statement has finished
+    virtual void Reset() = 0; ///< ready to run again; the bound values stay
+
+    virtual int ColumnCount() const = 0;
+    virtual QString ColumnName(int column) const = 0;
+    virtual bool IsNull(int column) const = 0;
+    /// The value as UTF-8 text, valid until the next Step or Reset; numbers in plain decimal
+    /// notation without trailing zeros. Empty for NULL.
+    virtual QByteArrayView ColumnBytes(int column) = 0;
+    virtual qint64 ColumnInt(int column) = 0;
+    QString ColumnText(int column) { return QString::fromUtf8(ColumnBytes(column)); }
+};
+
+/// A parameter of the one-line helpers below.
+using Value = std::variant<std::nullptr_t, qint64, QString>;
+
+/// One session with the database. One thread at a time, apart from Interrupt.
+class Connection
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    virtual ~Connection() = default;
+
+    virtual Dialect CurrentDialect() const = 0;
+
+    /// Runs one or several statements that take no parameters and give no rows.
+    virtual void Execute(QByteArrayView sql) = 0;
+    virtual std::unique_ptr<Statement> Prepare(QByteArrayView sql) = 0;
+    /// For text that came from a client, however well it was checked before: the statement can
+    /// read, but neither change anything nor see the server's own tables ("QEL_...").
+    virtual std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) = 0;
+    virtual qint64 ChangedRows() const = 0; ///< by the last INSERT, UPDATE or DELETE
+
+    /// From then on running statements end with EStoreError::Kind::TimeOut. No value: no limit.
+    virtual void SetDeadline(std::optional<Clock::time_point> deadline) = 0;
+    virtual void Interrupt() = 0; ///< ends the running statement likewise; from any thread
+
+    /// Prepares, binds, runs to the end; returns the number of changed rows.
+    qint64 Run(QByteArrayView sql, std::initializer_list<Value> values = {});
+    /// The first column of the first row; nothing if there is no row or it is NULL.
+    std::optional<QString> QueryText(QByteArrayView sql, std::initializer_list<Value> values = {});
+    /// Whether the statement gives at least one row.
+    bool Exists(QByteArrayView sql, std::initializer_list<Value> values = {});
+
+private:
+    std::unique_ptr<Statement> PrepareWith(QByteArrayView sql, std::initializer_list<Value> values);
+};
+
+/// A write transaction for a scope: rolled back unless Commit was reached. Takes the write lock
+/// at once, so what is read inside cannot change before it is written. Not nested.
+class Transaction
+{
+public:
+    explicit Transaction(Connection &connection);
+    ~Transaction();
+    Q_DISABLE_COPY_MOVE(Transaction)
+
+    void Commit();
+
+private:
+    Connection &connection_;
+    bool open_ = true;
+};
+
+} // namespace Qel::Store

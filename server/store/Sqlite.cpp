@@ -1,0 +1,249 @@
+#include "store/Sqlite.h"
+
+#include <QHash>
+#include <QScopedValueRollback>
+
+#include <sqlite3.h>
+
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Store {
+
+namespace {
+
+constexpr int BusyMilliseconds = 10'000;
+/// Between two looks at the clock: about 20 microseconds of work for one reading of 25 ns.
+constexpr int OperationsPerLook = 1'000;
+
+struct CloseSqlite
+{
+    void operator()(sqlite3 *handle) const { sqlite3_close_v2(handle); }
+};
+struct FinalizeSqlite
+{
+    void operator()(sqlite3_stmt *handle) const { sqlite3_finalize(handle); }
+};
+
+[[noreturn]] void Fail(sqlite3 *handle, int result, QByteArrayView sql)
+{
+    using Kind = EStoreError::Kind;
+    Kind kind = Kind::Failure;
+    switch (result & 0xff) {
+    case SQLITE_INTERRUPT:
+        kind = Kind::TimeOut;
+        break;
+    case SQLITE_CONSTRAINT:
+        kind = Kind::Constraint;
+        break;
+    default:
+        break;
+    }
+    constexpr qsizetype shownText = 2'000;
+    throw EStoreError(
+        kind, u"数据库错误 %1：%2；语句：%3"_s.arg(result).arg(
+                  QString::fromUtf8(handle ? sqlite3_errmsg(handle) : sqlite3_errstr(result)),
+                  QString::fromUtf8(sql.first(qMin(sql.size(), shownText)))));
+}
+
+class SqliteStatement : public Statement
+{
+public:
+    SqliteStatement(sqlite3 *database, sqlite3_stmt *handle)
+        : database_(database)
+        , handle_(handle)
+    {
+    }
+
+    void Bind(int parameter, QByteArrayView utf8) override
+    {
+        // A null pointer would bind NULL, and an empty text is not NULL.
+        Check(sqlite3_bind_text64(handle_.get(), parameter, utf8.isEmpty() ? "" : utf8.data(),
+                                  static_cast<sqlite3_uint64>(utf8.size()), SQLITE_TRANSIENT,
+                                  SQLITE_UTF8));
+    }
+
+    void BindNull(int parameter) override { Check(sqlite3_bind_null(handle_.get(), parameter)); }
+
+    void BindInt(int parameter, qint64 value) override
+    {
+        Check(sqlite3_bind_int64(handle_.get(), parameter, value));
+    }
+
+    bool Step() override
+    {
+        const int result = sqlite3_step(handle_.get());
+        if (result == SQLITE_ROW)
+            return true;
+        if (result == SQLITE_DONE)
+            return false;
+        Check(result);
+        return false;
+    }
+
+    void Reset() override { sqlite3_reset(handle_.get()); }
+
+    int ColumnCount() const override { return sqlite3_column_count(handle_.get()); }
+
+    QString ColumnName(int column) const override
+    {
+        return QString::fromUtf8(sqlite3_column_name(handle_.get(), column));
+    }
+
+    bool IsNull(int column) const override
+    {
+        return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
+    }
+
+    QByteArrayView ColumnBytes(int column) override
+    {
+        if (sqlite3_column_type(handle_.get(), column) == SQLITE_FLOAT) {
+            QByteArray &number = numbers_[column];
+            number = PlainNumber(sqlite3_column_double(handle_.get(), column));
+            return number;
+        }
+        const auto *text = sqlite3_column_text(handle_.get(), column);
+        return {reinterpret_cast<const char *>(text), sqlite3_column_bytes(handle_.get(), column)};
+    }
+
+    qint64 ColumnInt(int column) override { return sqlite3_column_int64(handle_.get(), column); }
+
+private:
+    void Check(int result)
+    {
+        if (result != SQLITE_OK)
+            Fail(database_, result, sqlite3_sql(handle_.get()));
+    }
+
+    sqlite3 *database_;
+    std::unique_ptr<sqlite3_stmt, FinalizeSqlite> handle_;
+    QHash<int, QByteArray> numbers_; ///< texts of the current row's fractional numbers
+};
+
+class SqliteConnection : public Connection
+{
+public:
+    SqliteConnection(const QByteArray &path, bool writes)
+    {
+        sqlite3 *opened = nullptr;
+        const int mode = writes ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
+        const int result = sqlite3_open_v2(
+            path.constData(), &opened, mode | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+        handle_.reset(opened);
+        if (result != SQLITE_OK)
+            Fail(opened, result, path);
+        sqlite3_busy_timeout(opened, BusyMilliseconds);
+        sqlite3_progress_handler(opened, OperationsPerLook, &SqliteConnection::PastDeadline, this);
+        sqlite3_set_authorizer(opened, &SqliteConnection::Authorize, this);
+        // A texts' list of 10,000 literals and more has to fit; SQLite's own default does.
+        sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        Execute(writes ? "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
+                         "PRAGMA foreign_keys = ON"
+                       : "PRAGMA query_only = ON; PRAGMA mmap_size = 268435456;"
+                         "PRAGMA cache_size = -32768; PRAGMA temp_store = MEMORY");
+    }
+
+    Dialect CurrentDialect() const override { return Dialect::Sqlite; }
+
+    void Execute(QByteArrayView sql) override
+    {
+        const QByteArray text = sql.toByteArray(); // sqlite3_exec wants a terminating zero
+        const int result = sqlite3_exec(handle_.get(), text.constData(), nullptr, nullptr, nullptr);
+        if (result != SQLITE_OK)
+            Fail(handle_.get(), result, sql);
+    }
+
+    std::unique_ptr<Statement> Prepare(QByteArrayView sql) override
+    {
+        sqlite3_stmt *statement = nullptr;
+        const int result =
+            sqlite3_prepare_v3(handle_.get(), sql.data(), static_cast<int>(sql.size()),
+                               SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+        if (result != SQLITE_OK)
+            Fail(handle_.get(), result, sql);
+        return std::make_unique<SqliteStatement>(handle_.get(), statement);
+    }
+
+    std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) override
+    {
+        const QScopedValueRollback<bool> guard(clientText_, true);
+        return Prepare(sql);
+    }
+
+    qint64 ChangedRows() const override { return sqlite3_changes64(handle_.get()); }
+
+    void SetDeadline(std::optional<Clock::time_point> deadline) override { deadline_ = deadline; }
+
+    void Interrupt() override { sqlite3_interrupt(handle_.get()); }
+
+private:
+    static int PastDeadline(void *self)
+    {
+        const auto &deadline = static_cast<SqliteConnection *>(self)->deadline_;
+        return deadline && Clock::now() > *deadline ? 1 : 0;
+    }
+
+    /// Asked while a statement is prepared, once for everything that it would touch.
+    static int Authorize(void *self, int action, const char *first, const char *, const char *,
+                         const char *)
+    {
+        if (!static_cast<SqliteConnection *>(self)->clientText_)
+            return SQLITE_OK;
+        switch (action) {
+        case SQLITE_SELECT:
+        case SQLITE_FUNCTION:
+        case SQLITE_RECURSIVE:
+            return SQLITE_OK;
+        case SQLITE_READ: {
+            const std::string_view table = first ? first : "";
+            return table.starts_with("QEL_") || table.starts_with("sqlite_") ? SQLITE_DENY
+                                                                             : SQLITE_OK;
+        }
+        default:
+            return SQLITE_DENY;
+        }
+    }
+
+    std::unique_ptr<sqlite3, CloseSqlite> handle_;
+    std::optional<Clock::time_point> deadline_;
+    bool clientText_ = false;
+};
+
+} // namespace
+
+QByteArray PlainNumber(double value)
+{
+    if (value == 0)
+        return "0"; // also the negative zero
+    // 15 digits are what a double keeps of any decimal; from the exponent follows how many of
+    // them stand behind the point.
+    const int magnitude = static_cast<int>(std::floor(std::log10(std::fabs(value))));
+    QByteArray text = QByteArray::number(value, 'f', qBound(0, 14 - magnitude, 130));
+    if (text.contains('.')) {
+        while (text.endsWith('0'))
+            text.chop(1);
+        if (text.endsWith('.'))
+            text.chop(1);
+    }
+    return text;
+}
+
+SqliteDatabase::SqliteDatabase(const QString &path)
+    : path_(path.toUtf8())
+{
+}
+
+std::unique_ptr<Connection> SqliteDatabase::OpenWriter()
+{
+    return std::make_unique<SqliteConnection>(path_, true);
+}
+
+std::unique_ptr<Connection> SqliteDatabase::OpenReader()
+{
+    return std::make_unique<SqliteConnection>(path_, false);
+}
+
+} // namespace Qel::Store
