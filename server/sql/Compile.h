@@ -1,0 +1,55 @@
+#pragma once
+
+#include "dataset/FieldDef.h"
+#include "sql/Catalog.h"
+#include "sql/SqlError.h"
+
+#include <QByteArrayView>
+
+#include <string>
+#include <vector>
+
+/// The Oracle SELECT front end. Clients send complete Oracle SELECT text; it is never forwarded:
+/// it is parsed, every name is looked up in the catalogue, and a statement of the database in use
+/// is printed from the tree.
+///
+/// What the database must be like:
+///   * a text that is empty is stored as NULL, never as '' (Oracle knows no empty text);
+///   * a DateTime is stored as text 'YYYY-MM-DD HH24:MI:SS';
+///   * texts sort by their UTF-8 bytes (SQLite's BINARY, PostgreSQL's "C");
+///   * SQLite tables are rowid tables; each connection has had PrepareSqliteConnection.
+namespace Qel::Sql {
+
+enum class Dialect { Sqlite, PostgreSql };
+
+struct Limits
+{
+    int maxTextBytes = 1 << 20;
+    int maxDepth = 60;      ///< of nested brackets, sub-selects and operators
+    int maxTables = 40;     ///< over all sub-selects
+    int maxLiterals = 50000;
+};
+
+/// Literals stand inside the texts, quoted by the printer: an IN list may have more of them than a
+/// database accepts parameters, and planners see what they compare with. The texts are complete:
+/// nothing is to be bound.
+struct CompiledQuery
+{
+    std::string all;   ///< every row, in the statement's own order
+    std::string count; ///< one row with one integer: how many rows `all` gives
+
+    /// Rows `offset` + 1 to `offset` + `limit` of one total order that agrees with the statement's
+    /// own, so that pages neither overlap nor leave out a row.
+    std::string Page(qint64 limit, qint64 offset) const;
+
+    FieldDefs fields;                ///< one per output column; labels may repeat
+    std::vector<std::string> tables; ///< those read, each once, upper case
+
+    std::string ordered; ///< what Page() puts the limits behind
+};
+
+/// `oracleText` is UTF-8. Throws ESqlError.
+CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect dialect,
+                      const Limits &limits = {});
+
+} // namespace Qel::Sql
