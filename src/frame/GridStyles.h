@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QFont>
+#include <QLatin1StringView>
+#include <QRgb>
+
+#include <optional>
+#include <span>
+
+namespace Qel {
+
+/// One named style of the library. Colours that are not set stay as the control has them.
+struct NamedStyle
+{
+    QLatin1StringView name;
+    std::optional<QRgb> background;
+    std::optional<QRgb> text;
+    int pixelSize = 12;
+    bool bold = false;
+};
+
+/// All named styles, in one table.
+std::span<const NamedStyle> NamedStyles();
+
+/// The style of that name; asking for one that does not exist is a mistake and raises EQelError.
+const NamedStyle &GridStyle(QLatin1StringView name);
+
+/// "宋体" in `pixelSize` device-independent pixels. The first call tells Qt what stands in for the
+/// family on machines that do not have it.
+QFont SongFont(int pixelSize, bool bold = false);
+
+} // namespace Qel
