@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QList>
+#include <QStringList>
+
+class QToolButton;
+
+namespace Qel {
+
+/// A text edit with text buttons inside at its right end, such as "选择" and "清空" or "...".
+/// The buttons work while the text is read-only. Alt+Down and F4 press the first button. The
+/// buttons take no place in the tab order. Layout property: buttons (stdset="0").
+class ButtonEdit : public QLineEdit
+{
+    Q_OBJECT
+    Q_PROPERTY(QStringList buttons READ Buttons WRITE SetButtons)
+
+public:
+    explicit ButtonEdit(QWidget *parent = nullptr);
+
+    QStringList Buttons() const;
+    void SetButtons(const QStringList &captions); ///< all enabled
+    void SetButtonEnabled(int button, bool enabled);
+    bool IsButtonEnabled(int button) const;
+    void PressButton(int button); ///< as a click; nothing if it is disabled or there is none
+
+    QSize sizeHint() const override;
+
+signals:
+    void ButtonClicked(int button); ///< from 0, left to right
+
+protected:
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void PlaceButtons();
+
+    QList<QToolButton *> buttons_;
+};
+
+} // namespace Qel

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "controls/DataSetModel.h"
+#include "controls/GridSheet.h"
+
+#include <QTableView>
+
+namespace Qel {
+
+class CurrentRowLink;
+class GridHeader;
+
+/// A plain grid over a dataset: one line a row, whole rows selected, the view's current row and
+/// the dataset's kept the same. Always has a current row when there are rows. Enter and double
+/// click report the current row; Ctrl+C copies the current cell, Ctrl+Shift+C the row. The
+/// context menu is made of the widget's actions.
+///
+/// Layouts give the columns as data: <property name="columns" stdset="0"><stringlist>, each
+/// "FIELD|caption|width|editor|flags" (see ParseGridColumn).
+class DataGrid : public QTableView
+{
+    Q_OBJECT
+    Q_PROPERTY(QStringList columns READ Columns WRITE SetColumns)
+    Q_PROPERTY(int rowHeight READ RowHeight WRITE SetRowHeight)
+    Q_PROPERTY(int headerHeight READ HeaderHeight WRITE SetHeaderHeight)
+    Q_PROPERTY(QString emptyHint READ EmptyHint WRITE SetEmptyHint)
+
+public:
+    explicit DataGrid(QWidget *parent = nullptr);
+    ~DataGrid() override;
+
+    void SetDataSet(ClientDataSet *dataSet); ///< not owned; nullptr: none
+    ClientDataSet *DataSet() const;
+    DataSetModel *Model() const { return model_; }
+
+    QStringList Columns() const;
+    void SetColumns(const QStringList &columns);
+    int ColumnIndex(QStringView field) const; ///< in the model, not on the screen; -1: none
+    // The following take any field; one without a column changes nothing.
+    void SetColumnVisible(QStringView field, bool visible);
+    bool IsColumnVisible(QStringView field) const;
+    void SetColumnCaption(QStringView field, const QString &caption);
+    QString ColumnCaption(QStringView field) const;
+    void SetColumnReadOnly(QStringView field, bool readOnly);
+    void SetValueList(QStringView field, const ValueList &values); ///< also the drop-down's items
+
+    // Least heights in device-independent pixels; a larger font makes them grow.
+    int RowHeight() const { return rowHeight_; }
+    void SetRowHeight(int height);
+    int HeaderHeight() const;
+    void SetHeaderHeight(int height);
+    const QString &EmptyHint() const { return emptyHint_; }
+    void SetEmptyHint(const QString &hint); ///< shown in an open dataset without rows
+    void ApplySheet(const GridSheet &sheet);
+
+    void CopyCell() const;
+    void CopyRow() const; ///< visible columns in their order on the screen, separated by tabs
+
+signals:
+    void RowActivated();     ///< Enter
+    void RowDoubleClicked(); ///< on any cell
+    void EditFailed(const QString &message);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void FitHeights();
+    void ShowColumns();
+
+    DataSetModel *model_;
+    GridHeader *header_;
+    CurrentRowLink *link_;
+    int rowHeight_ = 20;
+    QString emptyHint_;
+    QColor hintColor_;
+};
+
+} // namespace Qel

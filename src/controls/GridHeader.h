@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QColor>
+#include <QHeaderView>
+
+namespace Qel {
+
+/// A flat column header: one colour, captions elided with the full text as tooltip, columns
+/// movable and resizable, least height in device-independent pixels that grows with the font.
+class GridHeader : public QHeaderView
+{
+    Q_OBJECT
+
+public:
+    explicit GridHeader(QWidget *parent = nullptr);
+
+    int LeastHeight() const { return leastHeight_; }
+    void SetLeastHeight(int height);
+    void SetColor(const QColor &color); ///< the text is black or white, whatever reads better
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintSection(QPainter *painter, const QRect &rect, int logicalIndex) const override;
+    void paintEvent(QPaintEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+
+private:
+    int leastHeight_ = 22;
+    QColor color_;
+};
+
+} // namespace Qel

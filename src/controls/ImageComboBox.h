@@ -1,0 +1,50 @@
+#pragma once
+
+#include "controls/GridColumn.h"
+
+#include <QComboBox>
+
+namespace Qel {
+
+/// A drop-down list of values shown by their texts (and icons). No selection is the empty value.
+/// Adding items selects nothing. The wheel changes it only when it has the focus.
+/// Layout properties (stdset="0"): items, each "value|text"; editValue after items; itemHeight.
+class ImageComboBox : public QComboBox
+{
+    Q_OBJECT
+    Q_PROPERTY(QStringList items READ Items WRITE SetItems)
+    Q_PROPERTY(QString editValue READ EditValue WRITE SetEditValue NOTIFY EditValueChanged)
+    Q_PROPERTY(int itemHeight READ ItemHeight WRITE SetItemHeight)
+
+public:
+    explicit ImageComboBox(QWidget *parent = nullptr);
+
+    QStringList Items() const;
+    void SetItems(const QStringList &items); ///< the value stays if it is among them
+    void SetItems(const ValueList &items);
+    void AddItem(const QString &value, const QString &text, const QIcon &icon = {});
+    void ClearItems(); ///< the value becomes empty
+
+    QString EditValue() const; ///< of the selected item; empty when none is
+    /// Selects the first item with that value; none if there is none.
+    void SetEditValue(const QString &value);
+
+    int ItemHeight() const { return itemHeight_; }
+    void SetItemHeight(int height); ///< least height of a list line, device-independent pixels
+
+signals:
+    /// Another item was selected, by the user or by code, or none any more. (The user's choice
+    /// alone is QComboBox::activated.)
+    void EditValueChanged();
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    void IndexChanged(int index);
+
+    int itemHeight_ = 18;
+    int reported_ = -1;
+};
+
+} // namespace Qel
