@@ -1,0 +1,15 @@
+# What is installed beside the programs: desktop entry, its metadata and icon, manual pages, and the
+# service unit of the server. The programs and the library install themselves.
+
+set(packaging "${CMAKE_CURRENT_SOURCE_DIR}/packaging")
+
+install(FILES "${packaging}/org.qel.host.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+install(FILES "${packaging}/org.qel.host.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
+install(FILES "${packaging}/icons/org.qel.host.svg"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
+install(FILES "${packaging}/man/qel-host.1" "${packaging}/man/qel-server.1"
+    DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+
+# systemd reads units from lib/systemd whatever the library folder is called.
+configure_file("${packaging}/qel-server.service.in" "${CMAKE_CURRENT_BINARY_DIR}/qel-server.service" @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/qel-server.service" DESTINATION lib/systemd/system)
