@@ -19,6 +19,11 @@ public:
     }
 
     const QString &Message() const noexcept { return message_; }
+
+    /// What a person who has to find the cause needs beside the message: several lines, to be
+    /// copied. Empty when the message says it all.
+    virtual QString Details() const { return {}; }
+
     const char *what() const noexcept override { return utf8_.constData(); }
 
 private:
