@@ -2,6 +2,19 @@
 
 namespace Qel::Store {
 
+namespace {
+
+void ExecuteQuietly(Connection &connection, QByteArrayView sql)
+{
+    try {
+        connection.Execute(sql);
+    } catch (const EStoreError &) {
+        // The database has already rolled back by itself (full disk, lost connection).
+    }
+}
+
+} // namespace
+
 void Statement::Bind(int parameter, const QString &text)
 {
     const QByteArray utf8 = text.toUtf8();
@@ -56,18 +69,44 @@ Transaction::Transaction(Connection &connection)
 
 Transaction::~Transaction()
 {
-    if (!open_)
-        return;
-    try {
-        connection_.Execute("ROLLBACK");
-    } catch (const EStoreError &) {
-        // The database has already rolled back by itself (full disk, lost connection).
-    }
+    if (open_)
+        ExecuteQuietly(connection_, "ROLLBACK");
 }
 
 void Transaction::Commit()
 {
     connection_.Execute("COMMIT");
+    open_ = false;
+}
+
+Snapshot::Snapshot(Connection &connection)
+    : connection_(connection)
+{
+    connection_.Execute(connection_.CurrentDialect() == Dialect::Sqlite
+                            ? "BEGIN"
+                            : "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
+}
+
+Snapshot::~Snapshot()
+{
+    ExecuteQuietly(connection_, "ROLLBACK"); // nothing was changed
+}
+
+Savepoint::Savepoint(Connection &connection)
+    : connection_(connection)
+{
+    connection_.Execute("SAVEPOINT part");
+}
+
+Savepoint::~Savepoint()
+{
+    if (open_)
+        ExecuteQuietly(connection_, "ROLLBACK TO part; RELEASE part");
+}
+
+void Savepoint::Keep()
+{
+    connection_.Execute("RELEASE part");
     open_ = false;
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "dataset/QelError.h"
+#include "sql/Compile.h"
 
 #include <QByteArrayView>
 #include <QString>
 
-#include <chrono>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -15,7 +16,7 @@
 /// to a driver; SQL text that differs between databases is made by whoever asks CurrentDialect().
 namespace Qel::Store {
 
-enum class Dialect { Sqlite, Postgres };
+using Sql::Dialect;
 
 /// A statement failed. The message names what the database said; it is for the log, an operator
 /// gets it only through the error answer's reference.
@@ -25,7 +26,7 @@ public:
     enum class Kind {
         Failure,    ///< anything else
         Constraint, ///< a key, a check or a NOT NULL refused the row
-        TimeOut,    ///< the connection's deadline passed, or it was interrupted
+        Stopped,    ///< the connection's StopWhen said so
     };
 
     EStoreError(Kind kind, const QString &message)
@@ -47,7 +48,9 @@ class Statement
 public:
     virtual ~Statement() = default;
 
-    virtual void Bind(int parameter, QByteArrayView utf8) = 0; ///< copied
+    /// Copied. An empty text is bound as NULL: like the query language, the database knows no
+    /// empty text.
+    virtual void Bind(int parameter, QByteArrayView utf8) = 0;
     virtual void BindNull(int parameter) = 0;
     virtual void BindInt(int parameter, qint64 value) = 0;
     void Bind(int parameter, const QString &text);
@@ -72,8 +75,6 @@ using Value = std::variant<std::nullptr_t, qint64, QString>;
 class Connection
 {
 public:
-    using Clock = std::chrono::steady_clock;
-
     virtual ~Connection() = default;
 
     virtual Dialect CurrentDialect() const = 0;
@@ -82,13 +83,12 @@ public:
     virtual void Execute(QByteArrayView sql) = 0;
     virtual std::unique_ptr<Statement> Prepare(QByteArrayView sql) = 0;
     /// For text that came from a client, however well it was checked before: the statement can
-    /// read, but neither change anything nor see the server's own tables ("QEL_...").
+    /// read, but neither change anything nor see the server's own tables ("SRV_...").
     virtual std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) = 0;
     virtual qint64 ChangedRows() const = 0; ///< by the last INSERT, UPDATE or DELETE
 
-    /// From then on running statements end with EStoreError::Kind::TimeOut. No value: no limit.
-    virtual void SetDeadline(std::optional<Clock::time_point> deadline) = 0;
-    virtual void Interrupt() = 0; ///< ends the running statement likewise; from any thread
+    /// Asked now and then while a statement runs; true ends it with Kind::Stopped. Empty: never.
+    virtual void StopWhen(std::function<bool()> condition) = 0;
 
     /// Prepares, binds, runs to the end; returns the number of changed rows.
     qint64 Run(QByteArrayView sql, std::initializer_list<Value> values = {});
@@ -102,7 +102,7 @@ private:
 };
 
 /// A write transaction for a scope: rolled back unless Commit was reached. Takes the write lock
-/// at once, so what is read inside cannot change before it is written. Not nested.
+/// at once, so what is read inside cannot change before it is written.
 class Transaction
 {
 public:
@@ -111,6 +111,33 @@ public:
     Q_DISABLE_COPY_MOVE(Transaction)
 
     void Commit();
+
+private:
+    Connection &connection_;
+    bool open_ = true;
+};
+
+/// For a scope, everything that is read is of one state, whatever is committed meanwhile.
+class Snapshot
+{
+public:
+    explicit Snapshot(Connection &connection);
+    ~Snapshot();
+    Q_DISABLE_COPY_MOVE(Snapshot)
+
+private:
+    Connection &connection_;
+};
+
+/// A part of a transaction that can be undone alone: undone unless Keep was reached.
+class Savepoint
+{
+public:
+    explicit Savepoint(Connection &connection);
+    ~Savepoint();
+    Q_DISABLE_COPY_MOVE(Savepoint)
+
+    void Keep();
 
 private:
     Connection &connection_;

@@ -1,5 +1,7 @@
 #include "store/Sqlite.h"
 
+#include "sql/SqliteFunctions.h"
+
 #include <QHash>
 #include <QScopedValueRollback>
 
@@ -34,7 +36,7 @@ struct FinalizeSqlite
     Kind kind = Kind::Failure;
     switch (result & 0xff) {
     case SQLITE_INTERRUPT:
-        kind = Kind::TimeOut;
+        kind = Kind::Stopped;
         break;
     case SQLITE_CONSTRAINT:
         kind = Kind::Constraint;
@@ -60,8 +62,9 @@ public:
 
     void Bind(int parameter, QByteArrayView utf8) override
     {
-        // A null pointer would bind NULL, and an empty text is not NULL.
-        Check(sqlite3_bind_text64(handle_.get(), parameter, utf8.isEmpty() ? "" : utf8.data(),
+        if (utf8.isEmpty())
+            return BindNull(parameter);
+        Check(sqlite3_bind_text64(handle_.get(), parameter, utf8.data(),
                                   static_cast<sqlite3_uint64>(utf8.size()), SQLITE_TRANSIENT,
                                   SQLITE_UTF8));
     }
@@ -136,10 +139,10 @@ public:
         if (result != SQLITE_OK)
             Fail(opened, result, path);
         sqlite3_busy_timeout(opened, BusyMilliseconds);
-        sqlite3_progress_handler(opened, OperationsPerLook, &SqliteConnection::PastDeadline, this);
+        sqlite3_progress_handler(opened, OperationsPerLook, &SqliteConnection::ShouldStop, this);
         sqlite3_set_authorizer(opened, &SqliteConnection::Authorize, this);
-        // A texts' list of 10,000 literals and more has to fit; SQLite's own default does.
         sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        Sql::PrepareSqliteConnection(opened);
         Execute(writes ? "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
                          "PRAGMA foreign_keys = ON"
                        : "PRAGMA query_only = ON; PRAGMA mmap_size = 268435456;"
@@ -175,15 +178,13 @@ public:
 
     qint64 ChangedRows() const override { return sqlite3_changes64(handle_.get()); }
 
-    void SetDeadline(std::optional<Clock::time_point> deadline) override { deadline_ = deadline; }
-
-    void Interrupt() override { sqlite3_interrupt(handle_.get()); }
+    void StopWhen(std::function<bool()> condition) override { stop_ = std::move(condition); }
 
 private:
-    static int PastDeadline(void *self)
+    static int ShouldStop(void *self)
     {
-        const auto &deadline = static_cast<SqliteConnection *>(self)->deadline_;
-        return deadline && Clock::now() > *deadline ? 1 : 0;
+        const auto &stop = static_cast<SqliteConnection *>(self)->stop_;
+        return stop && stop() ? 1 : 0;
     }
 
     /// Asked while a statement is prepared, once for everything that it would touch.
@@ -199,7 +200,7 @@ private:
             return SQLITE_OK;
         case SQLITE_READ: {
             const std::string_view table = first ? first : "";
-            return table.starts_with("QEL_") || table.starts_with("sqlite_") ? SQLITE_DENY
+            return table.starts_with("SRV_") || table.starts_with("sqlite_") ? SQLITE_DENY
                                                                              : SQLITE_OK;
         }
         default:
@@ -208,7 +209,7 @@ private:
     }
 
     std::unique_ptr<sqlite3, CloseSqlite> handle_;
-    std::optional<Clock::time_point> deadline_;
+    std::function<bool()> stop_;
     bool clientText_ = false;
 };
 

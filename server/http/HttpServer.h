@@ -1,0 +1,49 @@
+#pragma once
+
+#include "http/Message.h"
+
+#include <QString>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+
+namespace Qel::Http {
+
+struct ServerOptions
+{
+    QString host;                     ///< numeric address
+    quint16 port = 0;                 ///< 0: any free one
+    std::size_t bodyLimit = 8u << 20; ///< bytes of one request's body
+    int connectionLimit = 1'000;
+    /// From the first byte of a request to the last of its answer.
+    std::chrono::milliseconds requestTime{60'000};
+    std::chrono::milliseconds idleTime{120'000}; ///< a kept connection without a request
+    std::chrono::milliseconds drainTime{10'000}; ///< for running requests when the server stops
+    int readers = 4;                             ///< threads of Lane::Read
+};
+
+/// An HTTP/1.1 server: one thread for the network, threads for the handler. A slow or silent
+/// client holds a connection and nothing else; when connections run out, the one that has waited
+/// longest without a whole request gives way.
+class HttpServer
+{
+public:
+    /// Binds and listens: from here on clients can connect. Throws EQelError if it cannot.
+    /// `handler` must outlive the server.
+    HttpServer(const ServerOptions &options, Handler &handler);
+    ~HttpServer();
+    Q_DISABLE_COPY_MOVE(HttpServer)
+
+    quint16 Port() const;
+
+    /// Serves until Stop, SIGTERM or SIGINT; then lets running requests end and returns.
+    void Run();
+    void Stop(); ///< from any thread
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> d_;
+};
+
+} // namespace Qel::Http

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "dataset/RowSet.h"
+#include "store/Connection.h"
+#include "store/LruCache.h"
+
+#include <QByteArray>
+
+namespace Qel::Store {
+
+/// What one query may cost. Whatever goes beyond is an error, never a shorter answer.
+struct QueryLimits
+{
+    qint64 rows = 200'000;
+    qint64 bytes = 256ll << 20; ///< of the row block
+};
+
+/// An answer would be larger than QueryLimits allows.
+class EQueryTooLarge : public EQelError
+{
+public:
+    using EQelError::EQelError;
+};
+
+struct QueryResult
+{
+    qint64 total = 0; ///< rows that the statement selects, over all pages
+    qint64 count = 0; ///< rows of the page
+    QByteArray block; ///< as RowSet::Load reads it
+};
+
+/// Runs the SELECT texts of clients on one connection. Keeps the last texts compiled and their
+/// statements prepared, because screens send the same few texts again and again.
+class QueryRunner
+{
+public:
+    QueryRunner(Connection &connection, const QueryLimits &limits);
+
+    /// `page` from 1 with `pageSize` rows, or both 0: every row. Throws Sql::ESqlError,
+    /// EQueryTooLarge, EStoreError.
+    QueryResult Run(const QString &oracleText, int page, int pageSize);
+
+private:
+    Statement &Prepared(const std::string &sql);
+    qint64 Count(const std::string &sql);
+    void Fetch(const std::string &sql, const FieldDefs &fields, QueryResult &result);
+
+    Connection &connection_;
+    QueryLimits limits_;
+    LruCache<QByteArray, Sql::CompiledQuery> compiled_{64};
+    LruCache<std::string, std::unique_ptr<Statement>> prepared_{64};
+};
+
+} // namespace Qel::Store
