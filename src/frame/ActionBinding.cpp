@@ -1,0 +1,61 @@
+#include "frame/ActionBinding.h"
+
+#include "dataset/QelError.h"
+
+#include <QAbstractButton>
+#include <QAction>
+
+namespace Qel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QAction *ActionOf(const QWidget *form, const QString &name)
+{
+    if (auto *action = form->findChild<QAction *>(name))
+        return action;
+    throw EQelError(u"窗体 %1 没有动作 %2"_s.arg(form->objectName(), name));
+}
+
+void BindButton(QAbstractButton *button, QAction *action)
+{
+    const auto follow = [button, action] {
+        button->setText(action->text());
+        button->setEnabled(action->isEnabled());
+    };
+    QObject::connect(action, &QAction::changed, button, follow);
+    QObject::connect(button, &QAbstractButton::clicked, action, &QAction::trigger);
+    follow();
+}
+
+void BindMenu(const QWidget *form, QWidget *widget, const QStringList &names)
+{
+    for (const QString &name : names) {
+        if (name == u"-"_s) {
+            auto *separator = new QAction(widget);
+            separator->setSeparator(true);
+            widget->addAction(separator);
+        } else {
+            widget->addAction(ActionOf(form, name));
+        }
+    }
+    widget->setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+} // namespace
+
+void BindActions(QWidget *form)
+{
+    const auto widgets = form->findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        const QString action = widget->property("action").toString();
+        if (auto *button = qobject_cast<QAbstractButton *>(widget); button && !action.isEmpty())
+            BindButton(button, ActionOf(form, action));
+        const QStringList menu = widget->property("menuActions").toStringList();
+        if (!menu.isEmpty())
+            BindMenu(form, widget, menu);
+    }
+}
+
+} // namespace Qel

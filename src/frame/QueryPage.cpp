@@ -1,0 +1,33 @@
+#include "frame/QueryPage.h"
+
+#include "dataset/ClientDataSet.h"
+#include "frame/DataModule.h"
+#include "remote/PageGuide.h"
+
+#include <QWidget>
+
+namespace Qel {
+
+void QueryAll(const QString &sql, ClientDataSet &target, TQueryType type)
+{
+    const ControlsSuspender suspend(target);
+    target.Close();
+    DataModule().SoapCtrl().SQLQuery(sql, 0, 0, target, type);
+}
+
+void QueryPage(const QString &sql, ClientDataSet &target, TPageGuide &pages)
+{
+    const ControlsSuspender suspend(target);
+    target.Close();
+    pages.SetRecordCount(DataModule().SoapCtrl().SQLQuery(sql, pages.PageNumber(), pages.PageSize(),
+                                                          target, TQueryType::List));
+}
+
+void FocusAfterQuery(bool found, QWidget *list, QWidget *filter)
+{
+    QWidget *widget = found ? list : filter;
+    if (widget->isVisible() && widget->isEnabled())
+        widget->setFocus();
+}
+
+} // namespace Qel

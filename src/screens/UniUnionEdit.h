@@ -1,0 +1,85 @@
+#pragma once
+
+#include "dataset/ClientDataSet.h"
+#include "frame/BaseForm.h"
+#include "wire/Wire.h"
+
+#include <memory>
+
+namespace Qel {
+
+namespace Ui {
+class TFrmUniUnionEdit;
+}
+
+/// How a group's hierarchical code is proposed: 4 digits at the top level, 2 more a level below.
+namespace UniUnionCode {
+inline constexpr int TopLength = 4;
+inline constexpr int StepLength = 2;
+inline constexpr int MaxLength = 12;
+
+/// The statement that asks for the next free code below `parentId`; at top level it is not used.
+QString Query(bool topLevel, const QString &parentId);
+
+/// The own code segment to propose, from the answer's CODE. That is a number and has lost its
+/// leading zeros, so below a parent only its last two digits mean anything. Empty when the top
+/// level is full.
+QString Propose(bool topLevel, const QString &code);
+} // namespace UniUnionCode
+
+/// What the group editor is opened with.
+struct TUnionHandOver
+{
+    enum class Mode { Insert, Modify };
+
+    Mode mode = Mode::Insert;
+    QString unionId;  ///< empty for a new group
+    QString parentId; ///< empty at top level
+    QString parentCode;
+    QString parentName;
+    // In mode Modify the group as it is:
+    QString code; ///< its own segment
+    QString name;
+    QString type;
+    QString regionId;
+    QString regionName;
+    QString masterOrgId;
+    QString masterOrgName;
+    QString remark;
+};
+
+/// The hand-over for changing the group in the table's current row. The parent's name is taken
+/// from the table, if it holds the parent.
+TUnionHandOver UnionOfCurrentRow(const ClientDataSet &unions);
+
+/// Creates or changes one purchasing group. Set up with the hand-over and the group tree's table,
+/// show modally: on Ok the group is stored and the table holds its row.
+class TFrmUniUnionEdit : public TFrmBaseForm
+{
+    Q_OBJECT
+
+public:
+    TFrmUniUnionEdit(QWidget *owner, ClientDataSet &unions, const TUnionHandOver &handOver);
+    ~TFrmUniUnionEdit() override;
+
+protected:
+    void FormShow() override;
+
+private:
+    void BtnSaveClick();
+    void edRegionNameButtonClick();
+    void edMasterOrgNameButtonClick();
+
+    bool IsTopLevel() const { return handOver_.parentCode.isEmpty(); }
+    bool InputIsComplete();
+    Wire::NamedValues PostedValues() const;
+    void StoreInTable(const Wire::NamedValues &posted);
+
+    std::unique_ptr<Ui::TFrmUniUnionEdit> ui_;
+    ClientDataSet &unions_;
+    TUnionHandOver handOver_;
+    QString regionId_;
+    QString masterOrgId_;
+};
+
+} // namespace Qel
