@@ -34,7 +34,8 @@ public:
         QString cause;     ///< what the network or the decoder said
     };
 
-    ERemoteError(Kind kind, const QString &message, const Facts &facts = {});
+    ERemoteError(Kind kind, const QString &message);
+    ERemoteError(Kind kind, const QString &message, const Facts &facts);
 
     Kind ErrorKind() const noexcept { return kind_; }
     int HttpStatus() const noexcept { return facts_.httpStatus; }
@@ -43,7 +44,7 @@ public:
 
     /// Several lines for a details section, to be copied: address, statement or method, status,
     /// the server's code and reference, the cause. Only what is known.
-    QString Details() const;
+    QString Details() const override;
 
 private:
     Kind kind_;

@@ -16,6 +16,8 @@ namespace Qel {
 
 class ClientDataSet;
 class InputShield;
+struct RemoteCall;
+struct WireBody;
 
 /// Sent with each query, for the server to tell them apart: List for paged queries and look-up
 /// lists, Detail for several unpaged ones. Either selects the same rows.
@@ -65,9 +67,6 @@ public:
     bool IsRunning() const { return running_; }
 
 private:
-    struct Call;
-    struct Reply;
-
     /// The last post whose answer never came.
     struct UnansweredPost
     {
@@ -75,8 +74,8 @@ private:
         QByteArray key;
     };
 
-    Reply Run(const Call &call);
-    Reply Send(const Call &call);
+    RemoteCall NewCall(const QString &servlet) const;
+    WireBody Run(const RemoteCall &call);
     QByteArray KeyFor(const Wire::PostRequest &post);
     QNetworkAccessManager &Network();
 
