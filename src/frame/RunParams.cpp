@@ -145,7 +145,7 @@ QString DecodeDocument(const QByteArray &document)
 {
     throw EHostTextError(
         u"运行参数不是有效的 XML：第 %1 行第 %2 列（偏移 %3）：%4"_s.arg(xml.lineNumber())
-            .arg(xml.columnNumber() + 1)
+            .arg(xml.columnNumber())
             .arg(xml.characterOffset())
             .arg(why));
 }
@@ -191,15 +191,15 @@ TRunParam ReadDocument(const QString &text)
 
 QString DecodeGbk(const QByteArray &bytes, const QString &what)
 {
+    QStringDecoder decoder("GBK");
+    if (!decoder.isValid())
+        throw EHostTextError(u"本机的 Qt 不支持 GBK 编码（缺少 ICU）。"_s);
+    const QString text = decoder.decode(bytes);
+    // The decoder replaces some bytes that are not GBK without a word; they do not come back.
+    QStringEncoder encoder("GBK");
     qsizetype bad = FirstOutsideGbk(bytes);
-    QString text;
-    if (bad == Sound) {
-        QStringDecoder decoder("GBK");
-        text = decoder.decode(bytes);
-        // Also refused are well-formed pairs without a character: they do not come back.
-        QStringEncoder encoder("GBK");
+    if (bad == Sound)
         bad = FirstDifference(bytes, encoder.encode(text));
-    }
     if (bad != Sound)
         throw EHostTextError(
             u"%1不是有效的 GBK 文本：偏移 %2 处的字节无法识别。"_s.arg(what).arg(bad));
