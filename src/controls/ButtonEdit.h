@@ -37,7 +37,11 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    void NameButtons();
     void PlaceButtons();
+    int ButtonWidth(const QToolButton *button) const;
+    int ButtonsWidth() const;
+    static bool IsPressKey(const QKeyEvent &event);
 
     QList<QToolButton *> buttons_;
 };

@@ -17,14 +17,18 @@ class CurrentRowLink : public QObject
     Q_OBJECT
 
 public:
-    using ToIndex = std::function<QModelIndex(int recNo)>; ///< in the first visible column
+    using ToIndex = std::function<QModelIndex(int recNo, int column)>;
     using ToRecNo = std::function<int(const QModelIndex &)>;
 
-    /// `view` has its model already and owns the link.
-    CurrentRowLink(QAbstractItemView *view, ToIndex toIndex, ToRecNo toRecNo);
+    /// Gives `model` to `view`, which owns the link: the link has to hear of the model's changes
+    /// before the view does, and of their ends after it.
+    CurrentRowLink(QAbstractItemView *view, QAbstractItemModel *model, ToIndex toIndex,
+                   ToRecNo toRecNo);
 
-    void SetDataSet(ClientDataSet *dataSet); ///< after the model was given it
+    void SetDataSet(ClientDataSet *dataSet); ///< before the model is given it; nullptr: none
     void FollowDataSet();                    ///< view := dataset
+    /// The column that takes the focus when the view has no current one.
+    void SetEntryColumn(int column) { entryColumn_ = column; }
 
 signals:
     void Followed();                         ///< after either side moved
@@ -32,13 +36,14 @@ signals:
 
 private:
     void ViewMoved(const QModelIndex &current);
-    void ChangeBegins() { ++changing_; }
+    void ChangeBegins();
     void ChangeEnds();
 
     QAbstractItemView *view_;
     ToIndex toIndex_;
     ToRecNo toRecNo_;
     QPointer<ClientDataSet> dataSet_;
+    int entryColumn_ = 0;
     int changing_ = 0;
     bool following_ = false;
 };

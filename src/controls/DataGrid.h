@@ -12,8 +12,8 @@ class GridHeader;
 
 /// A plain grid over a dataset: one line a row, whole rows selected, the view's current row and
 /// the dataset's kept the same. Always has a current row when there are rows. Enter and double
-/// click report the current row; Ctrl+C copies the current cell, Ctrl+Shift+C the row. The
-/// context menu is made of the widget's actions.
+/// click report the current row; Ctrl+C copies the current cell, Ctrl+Shift+C the row; the
+/// blank key ticks. The context menu is made of the widget's actions.
 ///
 /// Layouts give the columns as data: <property name="columns" stdset="0"><stringlist>, each
 /// "FIELD|caption|width|editor|flags" (see ParseGridColumn).
@@ -68,13 +68,14 @@ protected:
 
 private:
     void FitHeights();
-    void ShowColumns();
+    void TickRow(const QModelIndex &current);
 
     DataSetModel *model_;
     GridHeader *header_;
     CurrentRowLink *link_;
     int rowHeight_ = 20;
     QString emptyHint_;
+    QColor background_;
     QColor hintColor_;
 };
 

@@ -11,7 +11,8 @@ namespace Qel {
 /// Roles beside Qt's that the models of this layer answer.
 enum CellRole : int {
     RawValueRole = Qt::UserRole + 1, ///< the stored text of the cell, also under a value list
-    ColumnRole,                      ///< GridEditor of the column, as int
+    EditorRole,                      ///< GridEditor of the column, as int
+    FieldSizeRole,                   ///< largest number of characters of the field; 0: unlimited
 };
 
 /// What a list of columns says about the cells of a dataset; shared by the table and the tree.

@@ -65,14 +65,21 @@ signals:
     void EditFailed(const QString &message);
 
 private:
-    enum class Pending { None, RemoveOne, Reset };
+    enum class Removal { None, OneRow, Reset };
 
     int NodeOf(const QModelIndex &index) const;
+    int NodeAt(int recNo) const; ///< -1 outside the table
     QModelIndex IndexOfNode(int node, int column = 0) const;
-    TreeShape Build(int childless = -1);
+
+    size_t StampOf(int recNo, int keyField, int parentField) const;
+    std::vector<int> FindParents(int childless);
+    TreeShape ShapeOf(std::vector<int> parents) const;
     void Rebuild();
-    void Relayout(TreeShape shape);
-    void RowsInserted(int first, int last);
+    void Relayout(std::vector<int> parents);
+    void NumberRows(int from);
+    void EnsurePositions() const;
+
+    void RowsInserted();
     void RowsAboutToBeRemoved(int first, int last);
     void RowsRemoved();
     void RowChanged(int recNo);
@@ -81,13 +88,19 @@ private:
     QString keyField_;
     QString parentField_;
     QByteArray rootValue_ = QByteArrayLiteral("-1");
+
+    // A node is numbered once and for all, so that an index can hold it; a removed node's number
+    // stays unused until the next reset.
     TreeShape shape_;
-    std::vector<int> recNos_; ///< node -> recNo
-    std::vector<int> nodes_;  ///< recNo -> node
-    Pending pending_ = Pending::None;
+    std::vector<int> recNos_;            ///< node -> recNo, -1: removed
+    std::vector<int> nodes_;             ///< recNo -> node
+    std::vector<size_t> stamps_;         ///< node -> hash over its key and parent as they were read
+    mutable std::vector<int> positions_; ///< node -> place in tree order; empty: not counted yet
+
     int insertFirst_ = -1;
     int insertLast_ = -1;
-    int removing_ = -1;
+    int removedRow_ = -1;
+    Removal removal_ = Removal::None;
 };
 
 } // namespace Qel

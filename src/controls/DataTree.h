@@ -115,7 +115,6 @@ signals:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
-    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void drawBranches(QPainter *painter, const QRect &rect,
                       const QModelIndex &index) const override;
@@ -123,8 +122,12 @@ protected:
 
 private:
     void FitHeights();
-    void ShowColumns();
+    void ColumnsChanged();
     void FocusMayHaveChanged();
+    void Reveal(const QModelIndex &index);
+    void FollowCollapse(const QModelIndex &collapsed);
+    QPen LinePen() const;
+    int RowsBottom() const; ///< lower end of the last row on the viewport
 
     DataSetTreeModel *model_;
     GridHeader *header_;
@@ -134,11 +137,13 @@ private:
     QString rootValue_;
     int rowHeight_ = 20;
     QString emptyHint_;
+    QColor background_;
     QColor hintColor_;
     TreeLines lines_ = TreeLines::Dotted;
     QColor lineColor_;
     int focusBlocked_ = 0;
-    ClientDataSet::Bookmark focused_ = ClientDataSet::NoBookmark;
+    ClientDataSet::Bookmark focusedMark_ = ClientDataSet::NoBookmark;
+    FieldDefs focusedIn_; ///< the table of focusedMark_, told by its definitions' shared data
 };
 
 } // namespace Qel

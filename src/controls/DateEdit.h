@@ -6,6 +6,7 @@
 #include <QPointer>
 
 class QCalendarWidget;
+class QFrame;
 
 namespace Qel {
 
@@ -45,9 +46,10 @@ protected:
 private:
     void TakeTyped();
     void ShowValue();
+    void Pick(const QDate &date);
 
     QDateTime value_;
-    QPointer<QWidget> popup_;
+    QPointer<QFrame> popup_;
 };
 
 } // namespace Qel

@@ -34,7 +34,7 @@ struct GridSheet
 /// Black or white: the one with more contrast on `background`.
 QColor ReadableTextOn(const QColor &background);
 
-/// The part of a sheet that every item view takes: content, odd rows, selection, empty area.
+/// The part of a sheet that every item view's palette can carry: content, odd rows, selection.
 void ApplySheetPalette(QAbstractItemView &view, const GridSheet &sheet);
 
 } // namespace Qel

@@ -4,6 +4,8 @@
 
 #include <QComboBox>
 
+#include <functional>
+
 namespace Qel {
 
 /// A drop-down list of values shown by their texts (and icons). No selection is the empty value.
@@ -33,7 +35,7 @@ public:
     void SetItemHeight(int height); ///< least height of a list line, device-independent pixels
 
 signals:
-    /// Another item was selected, by the user or by code, or none any more. (The user's choice
+    /// Another value was selected, by the user or by code, or none any more. (The user's choice
     /// alone is QComboBox::activated.)
     void EditValueChanged();
 
@@ -41,10 +43,14 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
 
 private:
-    void IndexChanged(int index);
+    void FillAnew(const std::function<void()> &fill, const QString &value);
+    int IndexOf(const QString &value) const;
+    void ReportChange();
 
     int itemHeight_ = 18;
-    int reported_ = -1;
+    bool filling_ = false;
+    bool reportedSelected_ = false;
+    QString reportedValue_;
 };
 
 } // namespace Qel

@@ -65,6 +65,7 @@ private:
     void TypedPage();
     void ChooseSize(int choice);
     void RaiseChangePage();
+    void UncheckSelectAll();
     void ShowChoices();
     void ShowState();
 

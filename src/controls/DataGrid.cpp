@@ -1,0 +1,218 @@
+#include "controls/DataGrid.h"
+
+#include "controls/CellDelegate.h"
+#include "controls/CurrentRowLink.h"
+#include "controls/GridHeader.h"
+#include "controls/ViewParts.h"
+
+#include <QKeyEvent>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel {
+
+DataGrid::DataGrid(QWidget *parent)
+    : QTableView(parent)
+    , model_(new DataSetModel(this))
+    , header_(new GridHeader(this))
+    , emptyHint_(u"没有记录"_s)
+{
+    SetUpRowView(*this);
+    setHorizontalHeader(header_);
+    setWordWrap(false);
+    setCornerButtonEnabled(false);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::SelectedClicked |
+                    QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
+    setItemDelegate(new CellDelegate(this));
+    FitHeights();
+    link_ = new CurrentRowLink(
+        this, model_, [this](int recNo, int column) { return model_->index(recNo, column); },
+        [](const QModelIndex &index) { return index.row(); });
+    connect(link_, &CurrentRowLink::PostFailed, this, &DataGrid::EditFailed);
+    connect(model_, &DataSetModel::EditFailed, this, &DataGrid::EditFailed);
+    connect(this, &QAbstractItemView::doubleClicked, this, &DataGrid::RowDoubleClicked);
+}
+
+DataGrid::~DataGrid() = default;
+
+void DataGrid::SetDataSet(ClientDataSet *dataSet)
+{
+    link_->SetDataSet(dataSet);
+    model_->SetDataSet(dataSet);
+}
+
+ClientDataSet *DataGrid::DataSet() const
+{
+    return model_->DataSet();
+}
+
+// --- Columns -------------------------------------------------------------------------------------
+
+QStringList DataGrid::Columns() const
+{
+    return FormatGridColumns(model_->Columns());
+}
+
+void DataGrid::SetColumns(const QStringList &columns)
+{
+    model_->SetColumns(ParseGridColumns(columns));
+    ShowColumns(*header_, model_->Columns());
+    link_->SetEntryColumn(FirstVisibleColumn(*header_));
+    setCurrentIndex({});
+    link_->FollowDataSet();
+}
+
+int DataGrid::ColumnIndex(QStringView field) const
+{
+    return model_->ColumnIndex(field);
+}
+
+void DataGrid::SetColumnVisible(QStringView field, bool visible)
+{
+    const int column = ColumnIndex(field);
+    if (column < 0)
+        return;
+    header_->setSectionHidden(column, !visible);
+    const int entry = FirstVisibleColumn(*header_);
+    link_->SetEntryColumn(entry);
+    const QModelIndex current = currentIndex();
+    if (current.isValid() && header_->isSectionHidden(current.column()))
+        setCurrentIndex(current.siblingAtColumn(entry));
+}
+
+bool DataGrid::IsColumnVisible(QStringView field) const
+{
+    const int column = ColumnIndex(field);
+    return column >= 0 && !header_->isSectionHidden(column);
+}
+
+void DataGrid::SetColumnCaption(QStringView field, const QString &caption)
+{
+    if (const int column = ColumnIndex(field); column >= 0)
+        model_->SetCaption(column, caption);
+}
+
+QString DataGrid::ColumnCaption(QStringView field) const
+{
+    const int column = ColumnIndex(field);
+    return column < 0 ? QString() : model_->Columns().at(column).caption;
+}
+
+void DataGrid::SetColumnReadOnly(QStringView field, bool readOnly)
+{
+    if (const int column = ColumnIndex(field); column >= 0)
+        model_->SetReadOnly(column, readOnly);
+}
+
+void DataGrid::SetValueList(QStringView field, const ValueList &values)
+{
+    if (const int column = ColumnIndex(field); column >= 0)
+        model_->SetValueList(column, values);
+}
+
+// --- Look ----------------------------------------------------------------------------------------
+
+void DataGrid::SetRowHeight(int height)
+{
+    rowHeight_ = height;
+    FitHeights();
+}
+
+int DataGrid::HeaderHeight() const
+{
+    return header_->LeastHeight();
+}
+
+void DataGrid::SetHeaderHeight(int height)
+{
+    header_->SetLeastHeight(height);
+}
+
+void DataGrid::SetEmptyHint(const QString &hint)
+{
+    emptyHint_ = hint;
+    viewport()->update();
+}
+
+void DataGrid::ApplySheet(const GridSheet &sheet)
+{
+    ApplySheetPalette(*this, sheet);
+    header_->SetColor(sheet.header);
+    background_ = sheet.background;
+    hintColor_ = sheet.backgroundText;
+    viewport()->update();
+}
+
+void DataGrid::FitHeights()
+{
+    const int height = LeastRowHeight(*this, rowHeight_);
+    verticalHeader()->setMinimumSectionSize(height);
+    verticalHeader()->setDefaultSectionSize(height);
+}
+
+void DataGrid::changeEvent(QEvent *event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        FitHeights();
+}
+
+void DataGrid::paintEvent(QPaintEvent *event)
+{
+    const QRect rows(-horizontalOffset(), -verticalOffset(), header_->length(),
+                     verticalHeader()->length());
+    PaintEmptyArea(*this, rows, background_);
+    QTableView::paintEvent(event);
+    if (DataSet() && DataSet()->IsActive() && model_->rowCount() == 0)
+        PaintHint(*this, emptyHint_, hintColor_);
+}
+
+// --- Keys ----------------------------------------------------------------------------------------
+
+void DataGrid::keyPressEvent(QKeyEvent *event)
+{
+    const QModelIndex current = currentIndex();
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isEnter && state() != EditingState) {
+        event->setAccepted(current.isValid());
+        if (current.isValid())
+            emit RowActivated();
+        return;
+    }
+    if (CopyByKey(*event, *header_, current))
+        return;
+    if (event->key() == Qt::Key_Space && current.isValid() &&
+        !model_->flags(current).testAnyFlags(Qt::ItemIsEditable | Qt::ItemIsUserCheckable)) {
+        TickRow(current);
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+/// The blank key ticks the row from wherever in it the focus is.
+void DataGrid::TickRow(const QModelIndex &current)
+{
+    for (int column = 0; column < model_->columnCount(); ++column) {
+        const QModelIndex cell = current.siblingAtColumn(column);
+        if (header_->isSectionHidden(column) ||
+            !model_->flags(cell).testFlag(Qt::ItemIsUserCheckable))
+            continue;
+        const bool checked = cell.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+        model_->setData(cell, int(checked ? Qt::Unchecked : Qt::Checked), Qt::CheckStateRole);
+        return;
+    }
+}
+
+void DataGrid::CopyCell() const
+{
+    CopyText(CellAsText(currentIndex()));
+}
+
+void DataGrid::CopyRow() const
+{
+    CopyText(RowAsText(*header_, currentIndex()));
+}
+
+} // namespace Qel

@@ -1,0 +1,131 @@
+#include "controls/ImageComboBox.h"
+
+#include <QAbstractItemView>
+#include <QScopedValueRollback>
+#include <QStyledItemDelegate>
+#include <QWheelEvent>
+
+namespace Qel {
+
+namespace {
+
+/// List lines of the combo's item height, or higher where the font needs it.
+class LineDelegate : public QStyledItemDelegate
+{
+public:
+    explicit LineDelegate(ImageComboBox *combo)
+        : QStyledItemDelegate(combo)
+        , combo_(combo)
+    {
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        const QSize size = QStyledItemDelegate::sizeHint(option, index);
+        return {size.width(), qMax(size.height(), combo_->ItemHeight())};
+    }
+
+private:
+    const ImageComboBox *combo_;
+};
+
+} // namespace
+
+ImageComboBox::ImageComboBox(QWidget *parent)
+    : QComboBox(parent)
+{
+    setFocusPolicy(Qt::StrongFocus); // the wheel gives no focus
+    setItemDelegate(new LineDelegate(this));
+    connect(this, &QComboBox::currentIndexChanged, this, [this] { ReportChange(); });
+}
+
+QStringList ImageComboBox::Items() const
+{
+    QStringList items;
+    for (int i = 0; i < count(); ++i)
+        items.append(itemData(i).toString() + u'|' + itemText(i));
+    return items;
+}
+
+void ImageComboBox::SetItems(const QStringList &items)
+{
+    SetItems(ParseValueList(items));
+}
+
+void ImageComboBox::SetItems(const ValueList &items)
+{
+    FillAnew(
+        [&] {
+            clear();
+            for (const ValueItem &item : items)
+                addItem(item.text, item.value);
+        },
+        EditValue());
+}
+
+void ImageComboBox::AddItem(const QString &value, const QString &text, const QIcon &icon)
+{
+    const int selected = currentIndex();
+    const QScopedValueRollback guard(filling_, true);
+    addItem(icon, text, value);
+    setCurrentIndex(selected); // a first item would select itself
+}
+
+void ImageComboBox::ClearItems()
+{
+    FillAnew([this] { clear(); }, {});
+}
+
+void ImageComboBox::FillAnew(const std::function<void()> &fill, const QString &value)
+{
+    const bool hadSelection = currentIndex() >= 0;
+    {
+        const QScopedValueRollback guard(filling_, true);
+        fill();
+        setCurrentIndex(hadSelection ? IndexOf(value) : -1);
+    }
+    ReportChange();
+}
+
+int ImageComboBox::IndexOf(const QString &value) const
+{
+    return findData(value, Qt::UserRole, Qt::MatchExactly | Qt::MatchCaseSensitive);
+}
+
+QString ImageComboBox::EditValue() const
+{
+    return currentData().toString();
+}
+
+void ImageComboBox::SetEditValue(const QString &value)
+{
+    setCurrentIndex(IndexOf(value));
+}
+
+void ImageComboBox::SetItemHeight(int height)
+{
+    itemHeight_ = height;
+    view()->doItemsLayout();
+}
+
+void ImageComboBox::ReportChange()
+{
+    if (filling_)
+        return;
+    const bool selected = currentIndex() >= 0;
+    if (selected == reportedSelected_ && EditValue() == reportedValue_)
+        return;
+    reportedSelected_ = selected;
+    reportedValue_ = EditValue();
+    emit EditValueChanged();
+}
+
+void ImageComboBox::wheelEvent(QWheelEvent *event)
+{
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore(); // the page behind scrolls
+}
+
+} // namespace Qel

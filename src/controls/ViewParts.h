@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QColor>
+#include <QList>
+#include <QModelIndex>
+#include <QString>
+
+class QAbstractItemView;
+class QHeaderView;
+class QKeyEvent;
+
+namespace Qel {
+
+struct GridColumn;
+
+// What the grid and the tree do alike; they have no base class in common below QAbstractItemView.
+
+void SetUpRowView(QAbstractItemView &view);
+/// Widths and visibility of the columns to the header.
+void ShowColumns(QHeaderView &header, const QList<GridColumn> &columns);
+int FirstVisibleColumn(const QHeaderView &header); ///< from the left; 0 if all are hidden
+int LeastRowHeight(const QAbstractItemView &view, int wanted);
+/// Fills the viewport beside `rows` (its content rectangle) and draws the hint of an empty list.
+void PaintEmptyArea(QAbstractItemView &view, const QRect &rows, const QColor &background);
+void PaintHint(QAbstractItemView &view, const QString &hint, const QColor &color);
+QString CellAsText(const QModelIndex &index); ///< as shown; of a tick the stored text
+/// The texts of the row of `index`, visible columns in their order on the screen, with
+/// tabs between them.
+QString RowAsText(const QHeaderView &header, const QModelIndex &index);
+/// Ctrl+C and Ctrl+Shift+C; true if the key was one of them.
+bool CopyByKey(const QKeyEvent &event, const QHeaderView &header, const QModelIndex &current);
+void CopyText(const QString &text);
+
+} // namespace Qel
