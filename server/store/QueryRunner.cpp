@@ -37,15 +37,13 @@ QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize)
         text.size() > KeptTextBytes ? once.emplace(compile()) : compiled_.Get(text, compile);
 
     const Snapshot snapshot(connection_); // the total and the page are of one state
-    QueryResult result;
-    if (pageSize == 0) {
-        Fetch(query.all, query.fields, result);
-        result.total = result.count;
-    } else {
-        result.total = Count(query.count);
-        Fetch(query.Page(pageSize, static_cast<qint64>(page - 1) * pageSize), query.fields, result);
-    }
-    return result;
+    const bool paged = pageSize != 0;
+    const qint64 total = paged ? Count(query.count) : 0;
+    RowSetBuilder rows =
+        Fetch(paged ? query.Page(pageSize, static_cast<qint64>(page - 1) * pageSize) : query.all,
+              query.fields);
+    const qint64 count = rows.RowCount();
+    return {paged ? total : count, count, paged ? rows.Finish(total) : rows.Finish()};
 }
 
 Statement &QueryRunner::Prepared(const std::string &sql)
@@ -61,27 +59,26 @@ qint64 QueryRunner::Count(const std::string &sql)
     return statement.Step() ? statement.ColumnInt(0) : 0;
 }
 
-void QueryRunner::Fetch(const std::string &sql, const FieldDefs &fields, QueryResult &result)
+RowSetBuilder QueryRunner::Fetch(const std::string &sql, const FieldDefs &fields)
 {
     Statement &statement = Prepared(sql);
     const auto reset = qScopeGuard([&] { statement.Reset(); });
-    RowSetBuilder builder(fields);
+    RowSetBuilder rows(fields);
     const int columns = static_cast<int>(fields.size());
     while (statement.Step()) {
-        if (builder.RowCount() >= limits_.rows)
+        if (rows.RowCount() >= limits_.rows)
             TooLarge(u"行"_s, limits_.rows);
         for (int column = 0; column < columns; ++column) {
             if (statement.IsNull(column))
-                builder.AddNull();
+                rows.AddNull();
             else
-                builder.AddCell(statement.ColumnBytes(column));
+                rows.AddCell(statement.ColumnBytes(column));
         }
-        builder.EndRow();
-        if (builder.ByteCount() > limits_.bytes)
+        rows.EndRow();
+        if (rows.ByteCount() > limits_.bytes)
             TooLarge(u"字节"_s, limits_.bytes);
     }
-    result.count = builder.RowCount();
-    result.block = builder.Finish();
+    return rows;
 }
 
 } // namespace Qel::Store

@@ -26,7 +26,7 @@ struct QueryResult
 {
     qint64 total = 0; ///< rows that the statement selects, over all pages
     qint64 count = 0; ///< rows of the page
-    QByteArray block; ///< as RowSet::Load reads it
+    QByteArray block; ///< as RowSet::Load reads it, with the total
 };
 
 /// Runs the SELECT texts of clients on one connection. Keeps the last texts compiled and their
@@ -43,7 +43,7 @@ public:
 private:
     Statement &Prepared(const std::string &sql);
     qint64 Count(const std::string &sql);
-    void Fetch(const std::string &sql, const FieldDefs &fields, QueryResult &result);
+    RowSetBuilder Fetch(const std::string &sql, const FieldDefs &fields);
 
     Connection &connection_;
     QueryLimits limits_;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace Qel {
+
+/// What the command line of qel-server says.
+struct Options
+{
+    QString database; ///< empty: one that is thrown away at the end
+    QString host = QStringLiteral("127.0.0.1");
+    quint16 port = 8480;
+    QString basePath;     ///< before the servlets' names
+    QString operatorCode; ///< gets the token of the environment variable QEL_OPERATOR_TOKEN
+    QString setTokenOf;   ///< gets the token on standard input; nothing is served
+    bool demo = false;
+    bool exitWithParent = false;
+    int statementSeconds = 30;
+    int connectionLimit = 1'000;
+    int requestSeconds = 60;
+};
+
+/// Reads the command line; prints and ends the process for --help, --version and mistakes.
+Options ParseOptions(const QStringList &arguments);
+
+} // namespace Qel

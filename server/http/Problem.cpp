@@ -1,0 +1,67 @@
+#include "http/Problem.h"
+
+#include "managers/Method.h"
+#include "sql/SqlError.h"
+#include "store/QueryRunner.h"
+#include "wire/Wire.h"
+
+#include <algorithm>
+#include <iterator>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Http {
+
+namespace {
+
+struct CodeStatus
+{
+    const char *code;
+    int status;
+};
+
+constexpr CodeStatus Statuses[] = {
+    {"auth.refused", 401},    {"auth.required", 401},  {"http.method", 405},
+    {"http.not_found", 404},  {"http.too_large", 413}, {"http.type", 415},
+    {"post.key_reused", 409}, {"post.operator", 403},  {"post.unknown_method", 404},
+    {"query.too_large", 422}, {"server.failure", 500}, {"sql.timeout", 504},
+};
+
+} // namespace
+
+int StatusOf(const QByteArray &code)
+{
+    const auto found = std::find_if(std::begin(Statuses), std::end(Statuses),
+                                    [&](const CodeStatus &one) { return code == one.code; });
+    return found == std::end(Statuses) ? 400 : found->status;
+}
+
+Failure Explain(const std::exception_ptr &failure, const QString &reference)
+{
+    const auto unexpected = [&](const QString &detail) {
+        return Failure{"server.failure", u"服务器处理失败，编号 %1。"_s.arg(reference), detail};
+    };
+    try {
+        std::rethrow_exception(failure);
+    } catch (const EProblem &error) {
+        return {error.Code(), error.Message(), {}};
+    } catch (const Sql::ESqlError &error) {
+        return {QByteArray::fromStdString(error.Code()), error.Message(), {}};
+    } catch (const Managers::EPostError &error) {
+        return {error.Code(), error.Message(), {}};
+    } catch (const Store::EQueryTooLarge &error) {
+        return {"query.too_large", error.Message(), {}};
+    } catch (const Store::EStoreError &error) {
+        if (error.WhichKind() == Store::EStoreError::Kind::Stopped)
+            return {"sql.timeout", u"查询超时，已中止，请缩小查询范围。"_s, error.Message()};
+        return unexpected(error.Message());
+    } catch (const Wire::EWireError &error) {
+        return {"http.bad_request", error.Message(), {}};
+    } catch (const EQelError &error) {
+        return unexpected(error.Message());
+    } catch (const std::exception &error) {
+        return unexpected(QString::fromUtf8(error.what()));
+    }
+}
+
+} // namespace Qel::Http

@@ -1,0 +1,111 @@
+#include "managers/Method.h"
+
+#include "store/Schema.h"
+
+#include <QSet>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Managers {
+
+namespace {
+
+constexpr qsizetype MaxRows = 20'000;
+
+/// A parameter that says who acts, and which of the credential's texts it may say.
+struct OperatorParameter
+{
+    QString name;
+    QList<QString Store::Operator::*> accepted;
+};
+
+const QList<OperatorParameter> &OperatorParameters()
+{
+    using Store::Operator;
+    static const QList<OperatorParameter> parameters{
+        {u"LOG_USER_ID"_s, {&Operator::userId}},
+        {u"LAST_USER_ID"_s, {&Operator::userId}},
+        {u"LOG_USER_NAME"_s, {&Operator::userName}},
+        {u"CREATE_USER"_s, {&Operator::userName}},
+        // Two postings write the code, one the organisation.
+        {u"LAST_USER"_s, {&Operator::userName, &Operator::userCode, &Operator::orgName}},
+    };
+    return parameters;
+}
+
+const OperatorParameter *FindOperatorParameter(const QString &name)
+{
+    const auto &all = OperatorParameters();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const auto &one) { return one.name == name; });
+    return found == all.end() ? nullptr : &*found;
+}
+
+[[noreturn]] void BadRow(qsizetype row, const QString &what)
+{
+    throw EPostError("post.bad_row", u"提交的第 %1 行有误：%2"_s.arg(row + 1).arg(what));
+}
+
+/// An empty text names nobody; what is stored is taken from the credential anyway.
+void CheckOperator(const OperatorParameter &parameter, const QString &value,
+                   const Store::Operator &user, qsizetype row)
+{
+    const auto matches = [&](QString Store::Operator::*text) { return user.*text == value; };
+    if (value.isEmpty() ||
+        std::any_of(parameter.accepted.begin(), parameter.accepted.end(), matches))
+        return;
+    throw EPostError("post.operator",
+                     u"提交的第 %1 行的 %2 不是当前登录的操作员 %3。"_s.arg(row + 1).arg(
+                         parameter.name, user.userCode));
+}
+
+qsizetype Characters(const QString &text)
+{
+    return text.size() -
+           std::count_if(text.begin(), text.end(), [](QChar c) { return c.isHighSurrogate(); });
+}
+
+int ColumnSize(const QString &table, const QString &column)
+{
+    const Sql::Table *found = Store::SchemaCatalog().Find(table.toStdString());
+    const int position = found ? found->IndexOf(column.toStdString()) : -1;
+    Q_ASSERT_X(position >= 0, "ColumnSize", qUtf8Printable(table + u'.' + column));
+    return position < 0 ? 0 : found->columns[static_cast<std::size_t>(position)].size;
+}
+
+void CheckValue(const Method &method, const QString &name, const QString &value, qsizetype row)
+{
+    const int size = ColumnSize(method.table, name);
+    if (size > 0 && Characters(value) > size)
+        BadRow(row, u"参数 %1 超过 %2 个字符。"_s.arg(name).arg(size));
+    if (value.contains(QChar(u'\0')))
+        BadRow(row, u"参数 %1 含有空字符。"_s.arg(name));
+}
+
+} // namespace
+
+void CheckRows(const Method &method, const QList<Wire::NamedValues> &rows,
+               const Store::Operator &user)
+{
+    if (rows.isEmpty() || rows.size() > MaxRows)
+        throw EPostError("post.bad_row",
+                         u"一次应提交 1 至 %1 行，收到 %2 行。"_s.arg(MaxRows).arg(rows.size()));
+    for (qsizetype row = 0; row < rows.size(); ++row) {
+        QSet<QString> seen;
+        for (const auto &[name, value] : rows[row]) {
+            if (seen.contains(name))
+                BadRow(row, u"参数 %1 重复。"_s.arg(name));
+            seen.insert(name);
+            if (const auto *parameter = FindOperatorParameter(name))
+                CheckOperator(*parameter, value, user, row);
+            else if (method.parameters.contains(name))
+                CheckValue(method, name, value, row);
+            else
+                BadRow(row, u"未知参数 %1。"_s.arg(name.left(64)));
+        }
+    }
+}
+
+} // namespace Qel::Managers

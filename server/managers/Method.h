@@ -1,0 +1,82 @@
+#pragma once
+
+#include "dataset/QelError.h"
+#include "store/Connection.h"
+#include "store/Credentials.h"
+#include "wire/Wire.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+/// What posts do. One file a manager class, one function a method; Methods() is the table of them.
+namespace Qel::Managers {
+
+/// A post that is refused as a whole before anything is written. Code() is one of
+///   post.unknown_method  no such manager class or method
+///   post.bad_row         an unknown or doubled parameter, or a value that does not fit
+///   post.operator        a row names another operator than the credential
+///   post.key_reused      the idempotency key came before with another body
+class EPostError : public EQelError
+{
+public:
+    EPostError(const QByteArray &code, const QString &message)
+        : EQelError(message)
+        , code_(code)
+    {
+    }
+
+    const QByteArray &Code() const { return code_; }
+
+private:
+    QByteArray code_;
+};
+
+/// One posted row whose names and sizes have been checked.
+class PostedRow
+{
+public:
+    explicit PostedRow(const Wire::NamedValues &values);
+
+    const QString operator[](const QString &name) const { return values_.value(name); }
+
+private:
+    QHash<QString, QString> values_;
+};
+
+/// What a method works with: one transaction and who acts.
+struct PostContext
+{
+    Store::Connection &connection;
+    const Store::Operator &user;
+    QString now; ///< the moment of the post, as dates are stored
+};
+
+/// Result codes as the screens read them; what the two refusals mean is the method's own.
+inline const QString Stored = QStringLiteral("1");
+inline const QString Failed = QStringLiteral("0");
+inline const QString FirstRefusal = QStringLiteral("-1");
+inline const QString SecondRefusal = QStringLiteral("-2");
+
+/// Stores one row or refuses it. A refusal may leave changes behind: the caller undoes them.
+using MethodFunction = Wire::ResultRow (*)(PostContext &post, const PostedRow &row);
+
+struct Method
+{
+    QString manager;
+    QString name;
+    QString table;          ///< whose columns give the sizes of the parameters
+    QStringList parameters; ///< columns of that table; the operator's parameters come beside them
+    MethodFunction run;
+};
+
+const QList<Method> &Methods();
+
+/// Null: there is none.
+const Method *FindMethod(const QString &manager, const QString &name);
+
+/// Throws EPostError if the rows are not what the method takes or name another operator.
+void CheckRows(const Method &method, const QList<Wire::NamedValues> &rows,
+               const Store::Operator &user);
+
+} // namespace Qel::Managers

@@ -1,0 +1,106 @@
+#include "managers/PostRunner.h"
+
+#include "store/Clock.h"
+
+#include <QCryptographicHash>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Managers {
+
+namespace {
+
+constexpr int KeptHours = 72;
+
+/// Of the operator too: a key is one operator's own.
+QString BodyHash(const Store::Operator &user, const QByteArray &body)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(user.userId.toUtf8() + '\n');
+    hash.addData(body);
+    return QString::fromLatin1(hash.result().toHex());
+}
+
+/// The answer that the key's post got; nothing if the key is new.
+std::optional<Wire::PostAnswer> KeptAnswer(Store::Connection &connection, const QString &key,
+                                           const QString &bodyHash)
+{
+    const auto statement =
+        connection.Prepare("SELECT BODY_HASH, ANSWER FROM SRV_IDEMPOTENCY WHERE KEY = ?1");
+    statement->Bind(1, key);
+    if (!statement->Step())
+        return std::nullopt;
+    if (statement->ColumnText(0) != bodyHash)
+        throw EPostError("post.key_reused", u"同一提交标识用于不同的内容，已拒绝。"_s);
+    return Wire::DecodePostAnswer(statement->ColumnBytes(1).toByteArray(), Wire::Format::Json);
+}
+
+void KeepAnswer(Store::Connection &connection, const QString &key, const QString &bodyHash,
+                const Wire::PostAnswer &answer)
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    connection.Run("DELETE FROM SRV_IDEMPOTENCY WHERE CREATED < ?1",
+                   {Store::DateText(now.addSecs(-KeptHours * 3600))});
+    connection.Run("INSERT INTO SRV_IDEMPOTENCY (KEY, BODY_HASH, ANSWER, CREATED)"
+                   " VALUES (?1, ?2, ?3, ?4)",
+                   {key, bodyHash, QString::fromUtf8(Wire::Encode(answer, Wire::Format::Json)),
+                    Store::DateText(now)});
+}
+
+Wire::PostAnswer RunRows(Store::Connection &connection, const Store::Operator &user,
+                         const Method &method, const QList<Wire::NamedValues> &rows)
+{
+    PostContext context{connection, user, Store::Now()};
+    Wire::PostAnswer answer;
+    QString refusal;
+    Store::Savepoint savepoint(connection);
+    try {
+        for (const auto &row : rows) {
+            answer.rows.append(method.run(context, PostedRow(row)));
+            if (answer.rows.last().code == Stored)
+                continue;
+            refusal = answer.rows.last().code;
+            break;
+        }
+    } catch (const Store::EStoreError &error) {
+        if (error.WhichKind() != Store::EStoreError::Kind::Constraint)
+            throw;
+        refusal = Failed;
+    }
+    if (refusal.isEmpty())
+        savepoint.Keep();
+    else
+        answer.rows.fill({refusal, {}}, rows.size());
+    return answer;
+}
+
+} // namespace
+
+Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &user,
+                         const Post &post)
+{
+    const Wire::PostRequest &request = post.request;
+    const Method *method = FindMethod(request.manager, request.method);
+    if (!method)
+        throw EPostError(
+            "post.unknown_method",
+            u"服务器没有方法 %1/%2。"_s.arg(request.manager.left(100), request.method.left(100)));
+    CheckRows(*method, request.rows, user);
+
+    Store::Transaction transaction(connection);
+    const QString key = QString::fromLatin1(post.key);
+    const QString bodyHash = BodyHash(user, post.body);
+    if (!key.isEmpty()) {
+        if (auto kept = KeptAnswer(connection, key, bodyHash))
+            return *kept;
+    }
+    const Wire::PostAnswer answer = RunRows(connection, user, *method, request.rows);
+    if (!key.isEmpty())
+        KeepAnswer(connection, key, bodyHash, answer);
+    transaction.Commit();
+    return answer;
+}
+
+} // namespace Qel::Managers

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "managers/Method.h"
+
+#include <QByteArray>
+
+namespace Qel::Managers {
+
+struct Post
+{
+    Wire::PostRequest request;
+    QByteArray key;  ///< idempotency key; empty: none
+    QByteArray body; ///< as it was sent: what the key stands for
+};
+
+/// Runs a post in one transaction: every row is stored, or none. After a refusal every result
+/// row carries the refusal's code.
+///
+/// A post with a key takes effect once: the answer is kept with the key for 72 hours, and the
+/// same post again gets it without doing anything. Throws EPostError, EStoreError.
+Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &user,
+                         const Post &post);
+
+} // namespace Qel::Managers
