@@ -35,10 +35,10 @@ public:
     ~ClientDataSet() override;
 
     // --- Structure -----------------------------------------------------------------------------
-    void SetFieldDefs(const FieldDefs &fields);  ///< declares fields of a closed table
-    const FieldDefs &Fields() const;             ///< declared or loaded
+    void SetFieldDefs(const FieldDefs &fields); ///< declares fields of a closed table
+    const FieldDefs &Fields() const;            ///< declared or loaded
     int FieldCount() const;
-    int FieldIndex(QStringView name) const;      ///< -1 if there is none
+    int FieldIndex(QStringView name) const; ///< -1 if there is none
     int FieldIndexOrThrow(QStringView name) const;
     bool HasField(QStringView name) const { return FieldIndex(name) >= 0; }
 
@@ -54,7 +54,8 @@ public:
     int RecordCount() const; ///< visible rows; 0 when closed
     bool IsEmpty() const { return RecordCount() == 0; }
     int RecNo() const;
-    void SetRecNo(int recNo); ///< clamps to the rows there are; posts a pending edit first
+    // Every move posts a pending edit first.
+    void SetRecNo(int recNo); ///< clamps to the rows there are
     void First();
     void Last();
     void Next();  ///< past the last row sets Eof() and stays
@@ -67,21 +68,28 @@ public:
     bool FieldIsNull(QStringView name) const;
     void SetFieldText(QStringView name, const QString &value); ///< in Edit or Insert only
     void SetFieldNull(QStringView name);
-    QString TextAt(int recNo, int field) const; ///< any visible row, by position
+    QString FieldTextAt(int field) const; ///< the same by position, for labels that occur twice
+    void SetFieldTextAt(int field, const QString &value);
+    // Any visible row, by position; empty and null where there is no such row or field, so that a
+    // view that paints between two signals is never an error.
+    QString TextAt(int recNo, int field) const;
     QByteArrayView BytesAt(int recNo, int field) const; ///< UTF-8, valid until the next change
     bool IsNullAt(int recNo, int field) const;
 
     /// `function` runs after a field of the current row was set, inside the edit, and may itself
     /// set fields. Survives Close and Open as long as a field of that name exists; setting it
-    /// again replaces it, an empty function removes it.
+    /// again replaces it, an empty function removes it. Does not run again for what it sets in
+    /// its own field.
     void SetFieldChangeHandler(const QString &name, std::function<void()> function);
 
     // --- Editing -------------------------------------------------------------------------------
     void Append(); ///< a new row at the end becomes current, in Insert
-    void Edit();
-    void Post();   ///< nothing outside Edit/Insert
+    void Edit();   ///< throws if there is no row
+    void Post(); ///< nothing outside Edit/Insert; the row leaves if it no longer passes the filter
     void Cancel(); ///< undoes the pending edit; a pending inserted row vanishes
-    void Delete(); ///< the next row becomes current, the last if there is no next
+    /// The next row becomes current; if there is none, the last, with Eof(), so that a loop which
+    /// deletes or steps on sees every row once. A pending inserted row just vanishes.
+    void Delete();
 
     // --- Finding -------------------------------------------------------------------------------
     /// Finds the first visible row whose fields ("USER_ID" or "USER_ID;CATALOG_ID") equal the
@@ -90,27 +98,36 @@ public:
     bool Locate(QStringView fields, const QStringList &values);
     int Find(QStringView fields, const QStringList &values) const; ///< the same, as recNo or -1
 
-    /// A mark on a row that survives changes and deletions around it. A default one is invalid.
+    /// First visible row at or after `from` whose field holds `part` (case-sensitive); -1 if there
+    /// is none. An empty part is found nowhere. Searches bytes: some gigabytes a second.
+    int FindContaining(QStringView field, QStringView part, int from = 0) const;
+
+    /// A mark on a row that survives changes and deletions around it, until the table is closed or
+    /// opened anew.
     using Bookmark = qint64;
     static constexpr Bookmark NoBookmark = -1;
-    Bookmark GetBookmark() const;               ///< of the current row
+    Bookmark GetBookmark() const; ///< of the current row
     Bookmark BookmarkAt(int recNo) const;
-    bool BookmarkValid(Bookmark mark) const;    ///< the row still exists and is visible
-    bool GotoBookmark(Bookmark mark);           ///< false, and nothing moves, if it is not valid
+    bool BookmarkValid(Bookmark mark) const; ///< the row still exists and is visible
+    bool GotoBookmark(Bookmark mark);        ///< false, and nothing moves, if it is not valid
 
     // --- Filter --------------------------------------------------------------------------------
     /// Comparisons (=, <>, <, <=, >, >=) of a field with a quoted text, a number or NULL, with
     /// "and", "or", "not" and parentheses. "= NULL" means is null; a comparison of a null field
-    /// with a text is false, except "<>", which is true. Throws at once if it cannot be read.
+    /// with a text is false, except "<>", which is true. "NAME contains 'x'" is a case-sensitive
+    /// part of the text. Texts compare by code point; numbers, and texts with a numeric field, as
+    /// numbers. Throws at once if it cannot be read or, in an open table, names no field.
     void SetFilter(const QString &text);
     const QString &Filter() const;
     void SetFiltered(bool on);
     bool IsFiltered() const;
 
     // --- Bulk ----------------------------------------------------------------------------------
-    void SetAll(QStringView field, const QString &value); ///< one column of every visible row
+    /// One column of every visible row. Sent as a reset. A change handler of the field runs for
+    /// every row with that row current.
+    void SetAll(QStringView field, const QString &value);
     /// Deletes every visible row for which `doomed` is true; the current row stays current or
-    /// gives way to the nearest row after it.
+    /// gives way to the nearest row after it. Returns how many. Sent as a reset.
     int DeleteRows(const std::function<bool(int recNo)> &doomed);
 
     // --- Bound controls ------------------------------------------------------------------------
@@ -119,10 +136,11 @@ public:
     bool ControlsDisabled() const;
 
     // --- File ----------------------------------------------------------------------------------
-    RowSet ToRowSet() const; ///< the live rows (filter not applied) as a finished table
+    /// The live rows (filter not applied) as a finished table, without what is not yet posted.
+    RowSet ToRowSet() const;
     /// Whole or not at all: written beside the target and renamed. Throws if it cannot.
     void SaveToFile(const QString &path) const;
-    /// Maps the file and checks it (format, length, checksum, contents) before anything changes.
+    /// Reads the file and checks it (format, length, checksum, contents) before anything changes.
     /// Throws an error that names the file.
     void LoadFromFile(const QString &path);
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QList>
 #include <QString>
+
+#include <optional>
 
 namespace Qel {
 
@@ -18,5 +21,12 @@ struct FieldDef
 };
 
 using FieldDefs = QList<FieldDef>;
+
+/// Position of the first field of that name, -1 if there is none.
+int IndexOfField(const FieldDefs &fields, QStringView name);
+
+/// The name of a type in a row block and on the wire, such as "text" or "datetime".
+QByteArrayView FieldTypeName(FieldType type);
+std::optional<FieldType> FieldTypeFromName(QByteArrayView name);
 
 } // namespace Qel

@@ -1,0 +1,128 @@
+#include "dataset/KeyIndex.h"
+
+#include "dataset/ByteHash.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace Qel {
+
+namespace {
+
+// Looking at this many changed rows costs a few microseconds, less than a build is worth.
+constexpr size_t kMostDirty = 512;
+
+} // namespace
+
+quint32 KeyIndex::HashOf(const RowTable &table, quint32 row) const
+{
+    ByteHash hash;
+    for (const int field : fields_)
+        hash.Add(table.Bytes(row, field));
+    return hash.Value();
+}
+
+bool KeyIndex::SameKey(const RowTable &table, quint32 a, quint32 b) const
+{
+    return std::all_of(fields_.begin(), fields_.end(),
+                       [&](int field) { return table.Bytes(a, field) == table.Bytes(b, field); });
+}
+
+bool KeyIndex::HasKey(const RowTable &table, quint32 row, const QByteArrayList &values) const
+{
+    for (qsizetype i = 0; i < fields_.size(); ++i) {
+        if (table.Bytes(row, fields_[i]) != values[i])
+            return false;
+    }
+    return true;
+}
+
+void KeyIndex::Build(const RowTable &table)
+{
+    const quint32 rows = table.RowCount();
+    slots_.assign(std::bit_ceil(size_t(rows) + rows / 2 + 8), Slot{0, 0});
+    nextSame_.clear();
+    dirty_.clear();
+    const size_t mask = slots_.size() - 1;
+    // From the last row to the first: rows of one key form a list in table order without any
+    // search for its end.
+    for (quint32 row = rows; row-- > 0;) {
+        if (table.IsDeleted(row))
+            continue;
+        const quint32 hash = HashOf(table, row);
+        size_t at = hash & mask;
+        while (slots_[at].row &&
+               (slots_[at].hash != hash || !SameKey(table, slots_[at].row - 1, row)))
+            at = (at + 1) & mask;
+        if (slots_[at].row) {
+            if (nextSame_.empty())
+                nextSame_.assign(rows, 0);
+            nextSame_[row] = slots_[at].row;
+        }
+        slots_[at] = {hash, row + 1};
+    }
+    built_ = true;
+}
+
+qint64 KeyIndex::Find(const RowTable &table, const QByteArrayList &values,
+                      const std::function<bool(quint32)> &visible)
+{
+    if (!built_ || dirty_.size() > kMostDirty)
+        Build(table);
+    ByteHash hasher;
+    for (const QByteArray &value : values)
+        hasher.Add(value);
+    const quint32 hash = hasher.Value();
+
+    const auto matches = [&](quint32 row) { return HasKey(table, row, values) && visible(row); };
+    qint64 found = -1;
+    const size_t mask = slots_.size() - 1;
+    // A chain may hold rows that changed since and have another key now, so every row of it is
+    // compared, and chains of equal hash are all walked.
+    for (size_t at = hash & mask; slots_[at].row && found < 0; at = (at + 1) & mask) {
+        if (slots_[at].hash != hash)
+            continue;
+        for (quint32 next = slots_[at].row; next;
+             next = nextSame_.empty() ? 0 : nextSame_[next - 1]) {
+            if (matches(next - 1)) {
+                found = next - 1;
+                break;
+            }
+        }
+    }
+    for (const quint32 row : dirty_) {
+        if (found >= 0 && row >= found)
+            break;
+        if (matches(row))
+            return row;
+    }
+    return found;
+}
+
+void KeyIndex::NoteDirty(quint32 row)
+{
+    if (!built_ || dirty_.size() > kMostDirty)
+        return;
+    const auto at = std::lower_bound(dirty_.begin(), dirty_.end(), row);
+    if (at == dirty_.end() || *at != row)
+        dirty_.insert(at, row);
+}
+
+void KeyIndex::NoteAdded(quint32 row)
+{
+    NoteDirty(row);
+}
+
+void KeyIndex::NoteChanged(quint32 row, int field)
+{
+    if (fields_.contains(field))
+        NoteDirty(row);
+}
+
+void KeyIndex::NoteFilled(int field)
+{
+    if (fields_.contains(field))
+        built_ = false;
+}
+
+} // namespace Qel

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "dataset/RowTable.h"
+
+#include <QByteArrayList>
+#include <QList>
+
+#include <functional>
+#include <vector>
+
+namespace Qel {
+
+/// Finds rows by the texts of one or several fields. Built over all rows that are not deleted;
+/// NULL counts as the empty text. Rows that changed since are kept aside and looked at one by
+/// one, until they are so many that building anew is cheaper.
+class KeyIndex
+{
+public:
+    explicit KeyIndex(QList<int> fields)
+        : fields_(std::move(fields))
+    {
+    }
+
+    const QList<int> &Fields() const { return fields_; }
+
+    /// The first row, in table order, with these values for which `visible` is true; -1 if there
+    /// is none.
+    qint64 Find(const RowTable &table, const QByteArrayList &values,
+                const std::function<bool(quint32)> &visible);
+
+    void NoteAdded(quint32 row);
+    void NoteChanged(quint32 row, int field); ///< that cell holds another value now
+    void NoteFilled(int field);               ///< that field was set on many rows
+
+private:
+    struct Slot
+    {
+        quint32 hash;
+        quint32 row; ///< row number + 1 of the first row with this key, 0: free
+    };
+
+    void Build(const RowTable &table);
+    quint32 HashOf(const RowTable &table, quint32 row) const;
+    bool SameKey(const RowTable &table, quint32 a, quint32 b) const;
+    bool HasKey(const RowTable &table, quint32 row, const QByteArrayList &values) const;
+    void NoteDirty(quint32 row);
+
+    QList<int> fields_;
+    bool built_ = false;
+    std::vector<Slot> slots_;       ///< open addressing, a power of two
+    std::vector<quint32> nextSame_; ///< per row: next row with its key + 1; empty if all differ
+    std::vector<quint32> dirty_;    ///< ascending
+};
+
+} // namespace Qel
