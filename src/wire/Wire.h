@@ -14,6 +14,12 @@
 /// description of the same; client and server both use these routines.
 namespace Qel::Wire {
 
+// Bounds that both sides hold to; a message beyond them is refused whole.
+inline constexpr int MaxPage = 1'000'000'000;
+inline constexpr int MaxPageSize = 1'000'000;
+inline constexpr int MaxPostRows = 100'000;
+inline constexpr int MaxValuesPerRow = 1'000;
+
 inline constexpr char CborType[] = "application/cbor";
 inline constexpr char JsonType[] = "application/json";
 
@@ -69,17 +75,35 @@ struct ErrorAnswer
     QString reference; ///< finds the entry in the server's log
 };
 
+/// Who the credential of a request is, and what the server calls itself.
+struct SessionAnswer
+{
+    QString userId;
+    QString userCode;
+    QString userName;
+    QString orgId;
+    QString orgAbbr;
+    QString orgName;
+    QString serverName;
+};
+
+// The rows of a query answer are not copied if they carry the answer's total already (see
+// RowSetBuilder::Finish). Throws EDataSetError if the total is smaller than the number of rows.
 QByteArray Encode(const QueryRequest &request, Format format);
 QByteArray Encode(const QueryAnswer &answer, Format format);
 QByteArray Encode(const PostRequest &request, Format format);
 QByteArray Encode(const PostAnswer &answer, Format format);
 QByteArray Encode(const ErrorAnswer &answer, Format format);
+QByteArray Encode(const SessionAnswer &answer, Format format);
 
-// All throw EWireError (or EDataSetError for the row block inside a query answer).
+// All throw EWireError that names key and place (or EDataSetError for a row block). Nothing is
+// tolerated: unknown, missing or repeated keys, other types, numbers out of bounds, bytes after
+// the end.
 QueryRequest DecodeQueryRequest(const QByteArray &body, Format format);
 QueryAnswer DecodeQueryAnswer(const QByteArray &body, Format format); ///< CBOR: rows stay views
 PostRequest DecodePostRequest(const QByteArray &body, Format format);
 PostAnswer DecodePostAnswer(const QByteArray &body, Format format);
 ErrorAnswer DecodeErrorAnswer(const QByteArray &body, Format format);
+SessionAnswer DecodeSessionAnswer(const QByteArray &body, Format format);
 
 } // namespace Qel::Wire
