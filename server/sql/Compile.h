@@ -25,8 +25,8 @@ enum class Dialect { Sqlite, PostgreSql };
 struct Limits
 {
     int maxTextBytes = 1 << 20;
-    int maxDepth = 60;      ///< of nested brackets, sub-selects and operators
-    int maxTables = 40;     ///< over all sub-selects
+    int maxDepth = 60;  ///< of nested brackets, sub-selects and operators
+    int maxTables = 40; ///< over all sub-selects
     int maxLiterals = 50000;
 };
 

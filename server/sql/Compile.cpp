@@ -1,0 +1,55 @@
+#include "sql/Compile.h"
+
+#include "sql/Binder.h"
+#include "sql/Parser.h"
+#include "sql/Printer.h"
+#include "sql/TotalOrder.h"
+
+namespace Qel::Sql {
+
+namespace {
+
+FieldType FieldTypeOf(Type type)
+{
+    switch (type) {
+    case Type::Integer:
+        return FieldType::Integer;
+    case Type::Real:
+        return FieldType::Real;
+    case Type::Date:
+        return FieldType::DateTime;
+    case Type::Null:
+    case Type::Text:
+        break;
+    }
+    return FieldType::Text;
+}
+
+} // namespace
+
+std::string CompiledQuery::Page(qint64 limit, qint64 offset) const
+{
+    return ordered + " LIMIT " + std::to_string(limit) + " OFFSET " + std::to_string(offset);
+}
+
+CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect dialect,
+                      const Limits &limits)
+{
+    const auto select = Parse(oracleText, limits);
+    const BoundStatement statement = Bind(*select, oracleText, catalog, limits);
+    Query &query = *statement.query;
+
+    CompiledQuery compiled;
+    CompleteOrder(query, dialect);
+    compiled.all = PrintAll(query, dialect);
+    compiled.ordered = PrintOrdered(query, dialect);
+    compiled.count = PrintCount(query, dialect);
+    for (const Output &output : query.outputs) {
+        compiled.fields.push_back({QString::fromStdString(output.label),
+                                   FieldTypeOf(output.value->type), output.value->size});
+    }
+    compiled.tables = statement.tables;
+    return compiled;
+}
+
+} // namespace Qel::Sql

@@ -1,0 +1,358 @@
+#include "sql/Printer.h"
+
+#include "sql/TotalOrder.h"
+
+#include <QString>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Sql {
+
+namespace {
+
+/// Values that are used twice (DECODE) are written twice; nested ones would double at each level.
+constexpr size_t maxPrintedBytes = 16 << 20;
+
+/// A list of AND or OR longer than this is written as a tree of brackets: databases limit how deep
+/// an expression is, and a chain is as deep as it is long.
+constexpr size_t maxChain = 100;
+
+std::string Quoted(const std::string &text, char quote)
+{
+    std::string quoted(1, quote);
+    for (const char c : text) {
+        quoted += c;
+        if (c == quote)
+            quoted += c;
+    }
+    quoted += quote;
+    return quoted;
+}
+
+class Printer
+{
+public:
+    explicit Printer(Dialect dialect)
+        : dialect_(dialect)
+    {
+    }
+
+    std::string TakeText() { return std::move(out_); }
+
+    enum class Labels { Given, Numbered };
+
+    void Print(const Query &query, Labels labels, bool ordered, bool tieBreak = false)
+    {
+        Put(query.distinct ? "SELECT DISTINCT " : "SELECT ");
+        for (size_t i = 0; i < query.outputs.size(); ++i) {
+            Put(i > 0 ? ", " : "");
+            Print(*query.outputs[i].value);
+            Put(" AS ");
+            Put(labels == Labels::Given ? Quoted(query.outputs[i].label, '"')
+                                        : "c" + std::to_string(i));
+        }
+        for (size_t i = 0; i < query.hidden.size(); ++i) {
+            Put(", ");
+            Print(*query.hidden[i]);
+            Put(" AS c" + std::to_string(query.outputs.size() + i));
+        }
+        PrintFrom(query.joinOrder);
+        PrintWhere(query);
+        if (!query.groupBy.empty()) {
+            Put(" GROUP BY ");
+            PrintList(query.groupBy, ", ");
+        }
+        if (query.having) {
+            Put(" HAVING ");
+            Print(*query.having);
+        }
+        if (ordered)
+            PrintOrder(query, tieBreak);
+        if (query.rowLimit)
+            Put(" LIMIT " + std::to_string(*query.rowLimit));
+    }
+
+    void PrintCount(const Query &query)
+    {
+        Put("SELECT COUNT(*)");
+        if (query.IsFlat() && !query.rowLimit) {
+            PrintFrom(RelationsThatCount(query));
+            PrintWhere(query);
+            return;
+        }
+        Put(" FROM (");
+        Print(query, Labels::Numbered, false);
+        Put(") AS counted");
+    }
+
+private:
+    void Put(std::string_view text) { out_ += text; }
+
+    void PrintFrom(const std::vector<const Relation *> &relations)
+    {
+        Put(" FROM ");
+        for (size_t i = 0; i < relations.size(); ++i) {
+            const Relation &relation = *relations[i];
+            if (i > 0 && relation.outer)
+                Put(" LEFT JOIN ");
+            else if (i > 0) // SQLite reads CROSS JOIN as an order to keep the sequence
+                Put(dialect_ == Dialect::Sqlite ? " JOIN " : " CROSS JOIN ");
+            if (relation.query) {
+                Put("(");
+                Print(*relation.query, Labels::Numbered, true);
+                Put(")");
+            } else {
+                Put(Quoted(relation.table->name, '"'));
+            }
+            Put(" AS t" + std::to_string(relation.id));
+            if (relation.outer) {
+                Put(" ON ");
+                PrintConditions(relation.on, Op::And);
+            }
+        }
+    }
+
+    void PrintWhere(const Query &query)
+    {
+        if (query.where.empty())
+            return;
+        Put(" WHERE ");
+        PrintConditions(query.where, Op::And);
+    }
+
+    void PrintOrder(const Query &query, bool tieBreak)
+    {
+        const char *separator = " ORDER BY ";
+        const auto print = [&](const OrderTerm &term) {
+            // A constant orders nothing, and a bare number would be read as a column's position.
+            const Op op = term.value->op;
+            if (op == Op::Text || op == Op::Number || op == Op::Null)
+                return;
+            Put(separator);
+            separator = ", ";
+            Print(*term.value);
+            if (dialect_ == Dialect::PostgreSql && term.value->type == Type::Text)
+                Put(" COLLATE \"C\"");
+            if (term.descending)
+                Put(" DESC");
+            // SQLite puts NULL below everything, PostgreSQL and Oracle above.
+            const bool usual = dialect_ == Dialect::Sqlite ? !term.descending : term.descending;
+            // Said only where it matters, as it may cost the use of an index.
+            if (term.nullsFirst != usual && CanBeNull(*term.value))
+                Put(term.nullsFirst ? " NULLS FIRST" : " NULLS LAST");
+        };
+        std::for_each(query.orderBy.begin(), query.orderBy.end(), print);
+        if (tieBreak)
+            std::for_each(query.tieBreak.begin(), query.tieBreak.end(), print);
+    }
+
+    void PrintList(const std::vector<NodePtr> &nodes, std::string_view separator, size_t from = 0)
+    {
+        for (size_t i = from; i < nodes.size(); ++i) {
+            if (i > from)
+                Put(separator);
+            Print(*nodes[i]);
+        }
+    }
+
+    void PrintConditions(const std::vector<NodePtr> &conditions, Op op)
+    {
+        PrintConditions(conditions, op, 0, conditions.size());
+    }
+
+    void PrintConditions(const std::vector<NodePtr> &conditions, Op op, size_t from, size_t to)
+    {
+        if (to - from > maxChain) {
+            const size_t middle = from + (to - from) / 2;
+            Put("(");
+            PrintConditions(conditions, op, from, middle);
+            Put(op == Op::And ? ") AND (" : ") OR (");
+            PrintConditions(conditions, op, middle, to);
+            Put(")");
+            return;
+        }
+        for (size_t i = from; i < to; ++i) {
+            if (i > from)
+                Put(op == Op::And ? " AND " : " OR ");
+            const bool bracket = conditions[i]->op == Op::And || conditions[i]->op == Op::Or;
+            Put(bracket ? "(" : "");
+            Print(*conditions[i]);
+            Put(bracket ? ")" : "");
+        }
+    }
+
+    void Print(const Node &node)
+    {
+        if (out_.size() > maxPrintedBytes)
+            throw ESqlError("sql.limit", 0, u"语句展开后过长"_s);
+        const auto &arguments = node.arguments;
+        switch (node.op) {
+        case Op::Null:
+            Put("NULL");
+            break;
+        case Op::Text:
+            Put(Quoted(node.text, '\''));
+            break;
+        case Op::Number:
+            Put(node.text);
+            break;
+        case Op::Column:
+            PrintColumn(node);
+            break;
+        case Op::Function:
+            PrintFunction(node);
+            break;
+        case Op::Case:
+        case Op::SimpleCase:
+            PrintCase(node);
+            break;
+        case Op::Query:
+            PrintSubSelect(node);
+            break;
+        case Op::And:
+        case Op::Or:
+            PrintConditions(arguments, node.op);
+            break;
+        case Op::Not:
+            Put("NOT (");
+            Print(*arguments[0]);
+            Put(")");
+            break;
+        case Op::Compare:
+            PrintInfix(node, " " + node.text + " ");
+            break;
+        case Op::Same:
+            PrintInfix(node, dialect_ == Dialect::Sqlite ? " IS " : " IS NOT DISTINCT FROM ");
+            break;
+        case Op::IsNull:
+            Print(*arguments[0]);
+            Put(node.negated ? " IS NOT NULL" : " IS NULL");
+            break;
+        case Op::Like:
+            PrintInfix(node, node.negated ? " NOT LIKE " : " LIKE ");
+            if (arguments.size() > 2) {
+                Put(" ESCAPE ");
+                Print(*arguments[2]);
+            } else if (dialect_ == Dialect::PostgreSql) {
+                Put(" ESCAPE ''"); // a backslash is just a character
+            }
+            break;
+        case Op::Between:
+            PrintInfix(node, node.negated ? " NOT BETWEEN " : " BETWEEN ");
+            Put(" AND ");
+            Print(*arguments[2]);
+            break;
+        case Op::In:
+        case Op::InQuery:
+            Print(*arguments[0]);
+            Put(node.negated ? " NOT IN " : " IN ");
+            if (node.op == Op::InQuery) {
+                PrintSubSelect(node);
+            } else {
+                Put("(");
+                PrintList(arguments, ", ", 1);
+                Put(")");
+            }
+            break;
+        case Op::Exists:
+            Put("EXISTS ");
+            PrintSubSelect(node);
+            break;
+        }
+    }
+
+    void PrintInfix(const Node &node, std::string_view symbol)
+    {
+        Print(*node.arguments[0]);
+        Put(symbol);
+        Print(*node.arguments[1]);
+    }
+
+    void PrintSubSelect(const Node &node)
+    {
+        Put("(");
+        Print(*node.query, Labels::Numbered, true);
+        Put(")");
+    }
+
+    void PrintColumn(const Node &node)
+    {
+        Put("t" + std::to_string(node.relation->id) + ".");
+        if (node.column == RowIdColumn)
+            Put("rowid");
+        else if (node.relation->query)
+            Put("c" + std::to_string(node.column));
+        else
+            Put(Quoted(node.relation->columns[static_cast<size_t>(node.column)].name, '"'));
+    }
+
+    void PrintFunction(const Node &node)
+    {
+        const std::string_view text = FunctionTemplate(node.fn, dialect_);
+        for (size_t i = 0; i < text.size(); ++i) {
+            if (text[i] != '$') {
+                out_ += text[i];
+            } else if (text[++i] == '*') {
+                if (node.distinct)
+                    Put("DISTINCT ");
+                if (node.fn == Fn::Count && node.arguments.empty())
+                    Put("*");
+                PrintList(node.arguments, ", ");
+            } else {
+                Print(*node.arguments[static_cast<size_t>(text[i] - '1')]);
+            }
+        }
+    }
+
+    void PrintCase(const Node &node)
+    {
+        const auto &arguments = node.arguments;
+        size_t next = 0;
+        Put("CASE");
+        if (node.op == Op::SimpleCase) {
+            Put(" ");
+            Print(*arguments[next++]);
+        }
+        for (; next + 1 < arguments.size(); next += 2) {
+            Put(" WHEN ");
+            Print(*arguments[next]);
+            Put(" THEN ");
+            Print(*arguments[next + 1]);
+        }
+        if (next < arguments.size()) {
+            Put(" ELSE ");
+            Print(*arguments[next]);
+        }
+        Put(" END");
+    }
+
+    Dialect dialect_;
+    std::string out_;
+};
+
+} // namespace
+
+std::string PrintAll(const Query &query, Dialect dialect)
+{
+    Printer printer(dialect);
+    printer.Print(query, Printer::Labels::Given, true);
+    return printer.TakeText();
+}
+
+std::string PrintOrdered(const Query &query, Dialect dialect)
+{
+    Printer printer(dialect);
+    printer.Print(query, Printer::Labels::Given, true, true);
+    return printer.TakeText();
+}
+
+std::string PrintCount(const Query &query, Dialect dialect)
+{
+    Printer printer(dialect);
+    printer.PrintCount(query);
+    return printer.TakeText();
+}
+
+} // namespace Qel::Sql

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "sql/Tree.h"
+
+namespace Qel::Sql {
+
+/// Every row, in the order of ORDER BY alone.
+std::string PrintAll(const Query &query, Dialect dialect);
+
+/// Every row, in a total order; CompleteOrder has been called.
+std::string PrintOrdered(const Query &query, Dialect dialect);
+
+/// One number: how many rows there are.
+std::string PrintCount(const Query &query, Dialect dialect);
+
+} // namespace Qel::Sql
