@@ -1,0 +1,94 @@
+#include "demo/Demo.h"
+
+#include "demo/Groups.h"
+#include "demo/Memberships.h"
+#include "demo/Organisations.h"
+#include "demo/Products.h"
+#include "demo/Regions.h"
+#include "demo/Users.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Demo {
+
+namespace {
+
+struct CountedTable
+{
+    QStringView table;
+    IdSeries series;
+};
+
+/// The tables whose keys are counted, with the series that SRV_SEQUENCE goes on with.
+constexpr CountedTable CountedTables[] = {
+    {u"BAS_REGION", IdSeries::Region},   {u"BAS_ORG", IdSeries::Organisation},
+    {u"UNI_UNION", IdSeries::Group},     {u"UNI_ORG_TYPE", IdSeries::MemberType},
+    {u"BAS_PRODUCT", IdSeries::Product}, {u"USR_USER", IdSeries::User},
+};
+
+void StoreSequences(Store::Connection &connection, const std::vector<TableRows> &tables)
+{
+    for (const CountedTable &counted : CountedTables) {
+        const QString name = counted.table.toString();
+        const auto rows = std::find_if(tables.begin(), tables.end(), [&](const TableRows &table) {
+            return table.Table() == name;
+        });
+        connection.Run(
+            "INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES (?1, ?2)",
+            {name,
+             MakeId(counted.series, static_cast<qsizetype>(rows->Rows().size())).toLongLong()});
+    }
+}
+
+/// Those that quote: the only ones that the second list of organisations names.
+std::vector<Organisation> Sellers(std::vector<Organisation> organisations)
+{
+    std::erase_if(organisations, [](const Organisation &organisation) {
+        return organisation.type != OrgType::Manufacturer &&
+               organisation.type != OrgType::Distributor;
+    });
+    return organisations;
+}
+
+} // namespace
+
+std::vector<TableRows> MakeRows()
+{
+    const Initials initials;
+    const Regions regions;
+    const std::vector<GroupPlan> plans = ReadGroupPlans();
+    QStringList focus;
+    for (const GroupPlan &plan : plans)
+        focus += plan.region;
+    focus.removeDuplicates();
+
+    const std::vector<Organisation> organisations = MakeOrganisations(regions, focus);
+    const std::vector<Group> groups = MakeGroups(plans, organisations);
+    const Members members = MakeMembers(groups, organisations);
+    const std::vector<User> users = MakeUsers(organisations, initials);
+    return {
+        regions.Rows(),
+        OrganisationRows(u"BAS_ORG"_s, organisations, initials),
+        OrganisationRows(u"CAT_ORG"_s, Sellers(organisations), initials),
+        ProductRows(organisations, initials),
+        UserRows(users),
+        GroupRows(groups, regions),
+        MemberTypeRows(members.types),
+        MembershipRows(members.memberships),
+        AssignmentRows(users, groups, members.memberships),
+    };
+}
+
+void Fill(Store::Connection &connection)
+{
+    const std::vector<TableRows> tables = MakeRows();
+    Store::Transaction transaction(connection);
+    for (const TableRows &table : tables)
+        table.Store(connection);
+    StoreSequences(connection, tables);
+    transaction.Commit();
+}
+
+} // namespace Qel::Demo
