@@ -109,11 +109,12 @@ std::optional<QByteArray> CanonicalDecimal(QByteArrayView text)
     if (digits.isEmpty())
         return std::nullopt;
     if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+        const QByteArray exponent = text.sliced(at + 1).toByteArray();
+        const bool isSigned = exponent.startsWith('-') || exponent.startsWith('+');
         bool ok = false;
-        const int exponent = text.sliced(at + 1).toByteArray().toShort(&ok);
-        if (!ok || !IsDigit(text.back()))
+        point += exponent.toShort(&ok);
+        if (!ok || SkipDigits(exponent, isSigned) != exponent.size())
             return std::nullopt;
-        point += exponent;
         at = text.size();
     }
     if (at != text.size())
