@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/GridSheet.h"
+
 #include <QFont>
 #include <QLatin1StringView>
 #include <QRgb>
@@ -15,7 +17,7 @@ struct NamedStyle
     QLatin1StringView name;
     std::optional<QRgb> background;
     std::optional<QRgb> text;
-    int pixelSize = 12;
+    int pixelSize = 12; ///< device-independent; the font is 宋体
     bool bold = false;
 };
 
@@ -25,8 +27,15 @@ std::span<const NamedStyle> NamedStyles();
 /// The style of that name; asking for one that does not exist is a mistake and raises EQelError.
 const NamedStyle &GridStyle(QLatin1StringView name);
 
-/// "宋体" in `pixelSize` device-independent pixels. The first call tells Qt what stands in for the
-/// family on machines that do not have it.
-QFont SongFont(int pixelSize, bool bold = false);
+GridSheet TableSheet();     ///< for plain grids
+GridSheet BandTableSheet(); ///< for banded grids: the same and the bands
+GridSheet TreeListSheet();  ///< for tree lists
+
+/// "宋体" in device-independent pixels. Says once what stands in for the family on machines that
+/// do not have it.
+QFont SongFont(int pixelSize = 12, bool bold = false);
+
+/// The same in points: what a form starts with.
+QFont SongFontInPoints(int pointSize);
 
 } // namespace Qel

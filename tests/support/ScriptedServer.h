@@ -9,10 +9,10 @@
 #include <QString>
 #include <QStringList>
 #include <QTcpServer>
-#include <QUrl>
 
 #include <deque>
 #include <functional>
+#include <vector>
 
 class QTcpSocket;
 
@@ -48,16 +48,15 @@ public:
         QStringList Names(int row = 0) const;
     };
 
-    /// What a request is answered with, in the order asked: the first script that matches and has
-    /// uses left answers.
+    /// What a request is answered with: the first script that matches and has uses left answers.
     class Script
     {
     public:
         Script &Answer(const RowSet &rows, qint64 total = -1); ///< total -1: the rows there are
         Script &Results(const QList<Wire::ResultRow> &rows);
-        /// One result row a code, without values; `code` alone is repeated for every posted row.
+        /// The same code and values for every posted row.
         Script &Code(const QString &code, const Wire::NamedValues &values = {});
-        Script &Codes(const QStringList &codes);
+        Script &Codes(const QStringList &codes); ///< one row a code, without values
         Script &Error(int status, const QString &code, const QString &message,
                       const QString &reference);
         Script &Status(int status, const QByteArray &body = {}); ///< with a body of no protocol
@@ -70,17 +69,13 @@ public:
     private:
         friend class ScriptedServer;
         enum class Manner { Whole, Break, Half };
-        std::function<bool(const Wire::QueryRequest &)> query_;
+        using Bytes = std::function<QByteArray(Wire::Format, const Wire::PostRequest &)>;
+
+        std::function<bool(const QString &sql)> query_;
         std::function<bool(const Wire::PostRequest &)> post_;
-        RowSet rows_;
-        qint64 total_ = -1;
-        QList<Wire::ResultRow> results_;
-        QString everyCode_;
-        Wire::NamedValues everyValues_;
+        Bytes answer_;
         int status_ = 200;
-        Wire::ErrorAnswer error_;
-        bool raw_ = false;
-        QByteArray body_;
+        QByteArray type_; ///< empty: the request's
         Manner manner_ = Manner::Whole;
         bool held_ = false;
         int uses_ = -1;
@@ -102,9 +97,9 @@ public:
     // --- Records -------------------------------------------------------------------------------
     const QList<RecordedQuery> &Queries() const { return queries_; }
     const QList<RecordedPost> &Posts() const { return posts_; }
-    QStringList Statements() const;         ///< the SQL texts in the order in which they came
-    const RecordedQuery &LastQuery() const; ///< fails the test and is empty if there is none
-    const RecordedPost &LastPost() const;
+    QStringList Statements() const;  ///< the SQL texts in the order in which they came
+    RecordedQuery LastQuery() const; ///< fails the test and is empty if there is none
+    RecordedPost LastPost() const;
     const QStringList &Unexpected() const { return unexpected_; }
     const QList<QHash<QByteArray, QByteArray>> &Headers() const { return headers_; }
     const QList<QByteArray> &Targets() const { return targets_; } ///< request targets as sent
@@ -122,27 +117,29 @@ signals:
     void RequestArrived(); ///< after it was recorded, before it is answered
 
 private:
-    struct Connection;
-    struct HeldAnswer;
+    struct Incoming
+    {
+        QByteArray target;
+        QHash<QByteArray, QByteArray> headers;
+        QByteArray body;
+    };
 
     void Accept();
     void Read(QTcpSocket *socket);
-    void Handle(QTcpSocket *socket, const QByteArray &target,
-                const QHash<QByteArray, QByteArray> &headers, const QByteArray &body);
-    void Send(QTcpSocket *socket, const Script &script, const QByteArray &bytes, int status);
-    Script &Add();
+    void Handle(QTcpSocket *socket, const Incoming &request);
+    Script *Match(const std::function<bool(Script &)> &matches, const QString &what);
 
     QTcpServer listener_;
     quint16 port_ = 0;
-    QHash<QTcpSocket *, QByteArray> incoming_;
-    std::deque<Script> scripts_;
+    int connections_ = 0;
+    QHash<QTcpSocket *, QByteArray> incoming_; ///< what has come of the next request
+    std::deque<Script> scripts_;               ///< references to its elements stay valid
     std::vector<std::function<void()>> heldBack_;
     QList<RecordedQuery> queries_;
     QList<RecordedPost> posts_;
     QStringList unexpected_;
     QList<QHash<QByteArray, QByteArray>> headers_;
     QList<QByteArray> targets_;
-    int connections_ = 0;
 };
 
 } // namespace Qel::Test
