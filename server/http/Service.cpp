@@ -4,10 +4,9 @@
 #include "http/Problem.h"
 #include "managers/PostRunner.h"
 
-#include <QCborMap>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QScopeGuard>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -100,21 +99,6 @@ template <typename Answer>
 Response Encoded(const Answer &answer, Wire::Format format)
 {
     return {200, MediaTypeOf(format), Wire::Encode(answer, format)};
-}
-
-/// A flat map of texts.
-QByteArray EncodeTexts(const Wire::NamedValues &values, Wire::Format format)
-{
-    if (format == Wire::Format::Json) {
-        QJsonObject object;
-        for (const auto &[name, value] : values)
-            object.insert(name, value);
-        return QJsonDocument(object).toJson(QJsonDocument::Compact);
-    }
-    QCborMap map;
-    for (const auto &[name, value] : values)
-        map.insert(name, value);
-    return map.toCborValue().toCbor();
 }
 
 /// A key is what its client made of it: up to 64 visible ASCII characters.
@@ -267,16 +251,9 @@ Response Service::Session(const Request &request, LogEntry &log)
     const ReaderLease reader(*this);
     const StatementLimit limit(*reader->connection, request, options_.statementTime);
     const Store::Operator user = Authenticate(*reader->connection, request, log);
-    const Wire::Format format = AnswerFormat(request);
-    return {200, MediaTypeOf(format),
-            EncodeTexts({{u"UserId"_s, user.userId},
-                         {u"UserCode"_s, user.userCode},
-                         {u"UserName"_s, user.userName},
-                         {u"OrgId"_s, user.orgId},
-                         {u"OrgAbbr"_s, user.orgAbbr},
-                         {u"OrgName"_s, user.orgName},
-                         {u"ServerName"_s, options_.serverName}},
-                        format)};
+    return Encoded(Wire::SessionAnswer{user.userId, user.userCode, user.userName, user.orgId,
+                                       user.orgAbbr, user.orgName, options_.serverName},
+                   AnswerFormat(request));
 }
 
 Response Service::Health(const Request &, LogEntry &)
