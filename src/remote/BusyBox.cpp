@@ -51,6 +51,7 @@ BusyBox::BusyBox(const QString &text, bool cancellable, std::chrono::millisecond
 {
     elapsed_.start();
     delay_.setSingleShot(true);
+    delay_.setTimerType(Qt::PreciseTimer); // a coarse one may be early
     connect(&delay_, &QTimer::timeout, this, &BusyBox::Appear);
     connect(&second_, &QTimer::timeout, this, &BusyBox::ShowSeconds);
     delay_.start(delay);

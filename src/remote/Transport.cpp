@@ -67,9 +67,13 @@ QNetworkRequest NetworkRequest(const Exchange::Request &request)
     return result;
 }
 
-/// Errors of the connection are numbered below the ones that an HTTP status stands for.
-bool IsConnectionError(QNetworkReply::NetworkError error)
+/// Errors of the connection are numbered below the ones that an HTTP status stands for. A body
+/// that would have to be sent again is one of either: of a connection that broke before any
+/// answer, or of a status (a redirect, a demand for credentials) that asks for it.
+bool IsConnectionError(QNetworkReply::NetworkError error, int status)
 {
+    if (error == QNetworkReply::ContentReSendError)
+        return status == 0;
     return error != QNetworkReply::NoError && error < QNetworkReply::ContentAccessDenied;
 }
 
@@ -121,7 +125,7 @@ Exchange::~Exchange() = default;
 
 Exchange::Outcome Exchange::Result() const
 {
-    if (IsConnectionError(reply_->error()))
+    if (IsConnectionError(reply_->error(), Status()))
         return TroubleOf(reply_->error()).outcome;
     const bool garbled = reply_->error() == QNetworkReply::ProtocolFailure || Status() == 0;
     return garbled ? Outcome::Garbled : Outcome::Answered;
