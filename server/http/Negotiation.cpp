@@ -4,7 +4,7 @@ namespace Qel::Http {
 
 std::optional<Wire::Format> FormatOf(const QByteArray &mediaType)
 {
-    const QByteArray type = mediaType.left(mediaType.indexOf(';')).trimmed().toLower();
+    const QByteArray type = mediaType.split(';').first().trimmed().toLower();
     if (type == Wire::CborType)
         return Wire::Format::Cbor;
     if (type == Wire::JsonType)
