@@ -9,6 +9,8 @@
 #include <QPen>
 #include <QStyledItemDelegate>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace Qel {
@@ -61,7 +63,12 @@ DataTree::DataTree(QWidget *parent)
     connect(link_, &CurrentRowLink::Followed, this, &DataTree::FocusMayHaveChanged);
     connect(link_, &CurrentRowLink::PostFailed, this, &DataTree::EditFailed);
     connect(model_, &DataSetTreeModel::EditFailed, this, &DataTree::EditFailed);
-    connect(this, &QTreeView::collapsed, this, &DataTree::FollowCollapse);
+    connect(this, &QTreeView::expanded, this,
+            [this](const QModelIndex &index) { expandedMarks_.insert(MarkOf(index)); });
+    connect(this, &QTreeView::collapsed, this, [this](const QModelIndex &index) {
+        expandedMarks_.remove(MarkOf(index));
+        FollowCollapse(index);
+    });
     connect(this, &QAbstractItemView::doubleClicked, this, &DataTree::NodeDoubleClicked);
 }
 
@@ -200,13 +207,20 @@ void DataTree::ExpandFocused()
 
 void DataTree::ExpandAll()
 {
-    expandAll();
+    if (!DataSet())
+        return;
+    expandAll(); // tells of no node
+    for (int node = 0; node < DataSet()->RecordCount(); ++node) {
+        if (HasChildren(node))
+            expandedMarks_.insert(DataSet()->BookmarkAt(node));
+    }
     Reveal(currentIndex());
 }
 
 void DataTree::CollapseAll()
 {
     collapseAll();
+    expandedMarks_.clear();
     int node = FocusedNode();
     while (model_->ParentRecNo(node) >= 0)
         node = model_->ParentRecNo(node);
@@ -258,15 +272,31 @@ void DataTree::FocusMayHaveChanged()
     const ClientDataSet *dataSet = DataSet();
     const ClientDataSet::Bookmark mark =
         dataSet && dataSet->RecNo() >= 0 ? dataSet->GetBookmark() : ClientDataSet::NoBookmark;
-    const FieldDefs table = dataSet ? dataSet->Fields() : FieldDefs();
-    // A new table may give the old one's bookmark to another row.
-    if (mark == focusedMark_ && table.isSharedWith(focusedIn_))
+    if (std::exchange(focusedMark_, mark) == mark)
         return;
-    focusedMark_ = mark;
-    focusedIn_ = table;
     Reveal(currentIndex());
-    if (focusBlocked_ == 0)
+    // Not when the dataset goes away: its owner is being taken apart then.
+    if (focusBlocked_ == 0 && dataSet)
         emit FocusedNodeChanged();
+}
+
+ClientDataSet::Bookmark DataTree::MarkOf(const QModelIndex &index) const
+{
+    return DataSet()->BookmarkAt(model_->RecNoOf(index));
+}
+
+/// The model was built anew; of the same table, the view shows the same nodes expanded.
+void DataTree::reset()
+{
+    QTreeView::reset();
+    const ClientDataSet *dataSet = DataSet();
+    const QSet<ClientDataSet::Bookmark> marks = std::exchange(expandedMarks_, {});
+    if (marks.isEmpty() || !dataSet)
+        return;
+    for (int node = 0; node < dataSet->RecordCount(); ++node) {
+        if (marks.contains(dataSet->BookmarkAt(node)))
+            ExpandNode(node);
+    }
 }
 
 void DataTree::Reveal(const QModelIndex &index)

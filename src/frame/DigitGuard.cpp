@@ -17,7 +17,8 @@ bool IsDigit(QChar character)
 bool TypesSomethingElse(const QKeyEvent &event)
 {
     const QString text = event.text();
-    return !text.isEmpty() && text.front().isPrint() && !IsDigit(text.front());
+    const bool shortcut = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
+    return !shortcut && !text.isEmpty() && text.front().isPrint() && !IsDigit(text.front());
 }
 
 bool StaysInField(Qt::FocusReason reason)

@@ -69,7 +69,7 @@ private:
     void ShowChoices();
     void ShowState();
 
-    std::unique_ptr<Ui::PageGuide> ui_;
+    std::unique_ptr<::Ui::PageGuide> ui_;
     QList<int> sizes_;
     int pageSize_ = 20;
     int pageNumber_ = 1;

@@ -1,6 +1,5 @@
 #include "screens/RegionSelect.h"
 
-#include "controls/RowSearch.h"
 #include "frame/ActionBinding.h"
 #include "frame/DataModule.h"
 #include "frame/Guards.h"
@@ -64,7 +63,7 @@ void TFrmRegionSelect::ActionQueryExecute()
     const QString text = ui_->edInformation->text().trimmed();
     const bool onLastFound = cdsQuery.FieldText(u"REGION_ID") == lastLocatedId_;
     const int first = cdsQuery.RecNo() + (onLastFound ? 1 : 0);
-    const int found = FindRowContaining(cdsQuery, u"FULL_NAME", text, first);
+    const int found = cdsQuery.FindContaining(u"FULL_NAME", text, first);
     // skipCount_ counts on over hits, so the wrap to the top comes only when exactly a whole
     // table's worth of rows has been passed. Deliberate.
     skipCount_ += (found < 0 ? count : found) - first;

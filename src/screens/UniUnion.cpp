@@ -168,14 +168,9 @@ void TFrmUniUnion::UniNewExecute()
 
 void TFrmUniUnion::UniChildNewExecute()
 {
-    const QString code = cdsUnion.FieldText(u"Union_CODE");
-    if (code.size() == UniUnionCode::MaxLength)
+    if (cdsUnion.FieldText(u"Union_CODE").size() == UniUnionCode::MaxLength)
         return InfoBox(u"不能添加下级！"_s, u"提示"_s);
-    TFrmUniUnionEdit(this, cdsUnion,
-                     {.parentId = cdsUnion.FieldText(u"Union_ID"),
-                      .parentCode = code,
-                      .parentName = cdsUnion.FieldText(u"Union_NAME")})
-        .ShowModal();
+    TFrmUniUnionEdit(this, cdsUnion, ChildOfCurrentRow(cdsUnion)).ShowModal();
 }
 
 void TFrmUniUnion::UniModifyExecute()

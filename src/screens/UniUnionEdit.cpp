@@ -45,6 +45,15 @@ QString UniUnionCode::Propose(bool topLevel, const QString &code)
     return code.size() > TopLength ? QString() : code.rightJustified(TopLength, u'0');
 }
 
+TUnionHandOver ChildOfCurrentRow(const ClientDataSet &unions)
+{
+    TUnionHandOver handOver;
+    handOver.parentId = unions.FieldText(u"Union_ID");
+    handOver.parentCode = unions.FieldText(u"Union_CODE");
+    handOver.parentName = unions.FieldText(u"Union_NAME");
+    return handOver;
+}
+
 TUnionHandOver UnionOfCurrentRow(const ClientDataSet &unions)
 {
     const auto field = [&unions](QStringView name) { return unions.FieldText(name); };

@@ -48,6 +48,9 @@ struct TUnionHandOver
     QString remark;
 };
 
+/// The hand-over for a new group below the one in the table's current row.
+TUnionHandOver ChildOfCurrentRow(const ClientDataSet &unions);
+
 /// The hand-over for changing the group in the table's current row. The parent's name is taken
 /// from the table, if it holds the parent.
 TUnionHandOver UnionOfCurrentRow(const ClientDataSet &unions);

@@ -1,5 +1,7 @@
 #include "support/ScreenDriver.h"
 
+#include "frame/BaseForm.h"
+
 #include <QApplication>
 #include <QEvent>
 #include <QInputMethodEvent>
@@ -97,13 +99,22 @@ bool ModalVisitor::eventFilter(QObject *watched, QEvent *event)
         return false;
     pending_ = true;
     qApp->removeEventFilter(this);
-    // From the window's own event loop, which starts after it is shown.
-    QTimer::singleShot(0, this, [this, window = QPointer<QWidget>(window)] {
+    VisitWhenReady(window);
+    return false;
+}
+
+void ModalVisitor::VisitWhenReady(QPointer<QWidget> window)
+{
+    // From the window's own event loop, which starts after it is shown; not inside the queries
+    // of its FormShow, when nobody could press anything yet.
+    QTimer::singleShot(1, this, [this, window] {
+        const auto *form = qobject_cast<const TFrmBaseForm *>(window.data());
+        if (form && form->IsHandlerRunning())
+            return VisitWhenReady(window);
         visited_ = true;
         if (window)
             visit_(window);
     });
-    return false;
 }
 
 } // namespace Qel::Test

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 
@@ -56,6 +57,8 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void VisitWhenReady(QPointer<QWidget> window);
+
     std::function<void(QWidget *)> visit_;
     bool visited_ = false;
     bool pending_ = false;

@@ -1,0 +1,100 @@
+#include "screens/ScreenFixture.h"
+
+#include "frame/BaseForm.h"
+#include "frame/DataModule.h"
+#include "frame/LibrarySide.h"
+
+#include <QFile>
+
+namespace Qel::Test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QHash<QString, QString> ReadExpected()
+{
+    QHash<QString, QString> texts;
+    QFile file(QStringLiteral(QEL_SCREEN_TEST_DATA "/expected.txt"));
+    if (!file.open(QIODevice::ReadOnly))
+        FailTest(u"cannot read "_s + file.fileName());
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+    for (const QString &line : lines) {
+        const qsizetype quote = line.indexOf(u'"');
+        if (quote > 0 && !line.startsWith(u'#'))
+            texts.insert(line.left(quote).trimmed(), line.mid(quote + 1).chopped(1));
+    }
+    return texts;
+}
+
+QString Name(TBoxIcon icon)
+{
+    constexpr const char *Names[]{"Information", "Warning", "Error", "Question"};
+    return QString::fromLatin1(Names[int(icon)]);
+}
+
+QString Name(TBoxButton button)
+{
+    constexpr const char *Names[]{"Ok", "Yes", "No"};
+    return QString::fromLatin1(Names[int(button)]);
+}
+
+} // namespace
+
+QString Expected(const QString &name)
+{
+    static const QHash<QString, QString> texts = ReadExpected();
+    if (!texts.contains(name))
+        FailTest(u"no expected text "_s + name);
+    return texts.value(name);
+}
+
+QString RowText(const Wire::NamedValues &row)
+{
+    QStringList pairs;
+    for (const auto &[name, value] : row)
+        pairs << name + u'=' + value;
+    return pairs.join(u'|');
+}
+
+QString BoxText(const TMessageBox &box)
+{
+    return QStringList{Name(box.icon), box.caption, box.text, Name(box.defaultButton)}.join(u'|');
+}
+
+ScreenFixture::ScreenFixture()
+{
+    DataModule().SetCacheFolders(folder_.path(), folder_.path());
+    DataModule().SoapCtrl().SetServletURL(server.Url(), u"NorvaneSelectServlet"_s,
+                                          u"NorvaneServlet"_s, u"NorvaneServlet"_s);
+    TRunParam operator_;
+    operator_.UserId = u"700001"_s;
+    operator_.UserCode = u"wangmin"_s;
+    operator_.UserName = u"王敏"_s;
+    SetRunParam(operator_);
+}
+
+ScreenFixture::~ScreenFixture()
+{
+    if (!server.Unexpected().isEmpty())
+        QTest::qFail(qPrintable(u"unexpected: "_s + server.Unexpected().join(u" / "_s)), __FILE__,
+                     __LINE__);
+}
+
+QStringList ScreenFixture::Boxes() const
+{
+    QStringList texts;
+    for (const TMessageBox &box : hook.Boxes())
+        texts << BoxText(box);
+    return texts;
+}
+
+void ShowScreen(QWidget &screen)
+{
+    screen.show();
+    screen.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&screen));
+    QCoreApplication::processEvents();
+}
+
+} // namespace Qel::Test

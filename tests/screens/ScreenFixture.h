@@ -1,0 +1,42 @@
+#pragma once
+
+#include "frame/MisCommon.h"
+#include "support/ScreenDriver.h"
+#include "support/ScriptedServer.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace Qel::Test {
+
+/// The text of that name in data/expected.txt; ends the test if there is none.
+QString Expected(const QString &name);
+
+/// "UNION_ID=11|LAST_USER=王敏": a posted row as expected.txt writes it.
+QString RowText(const Wire::NamedValues &row);
+
+/// "Warning|警告|text|Ok": icon, caption, text and default button of a box.
+QString BoxText(const TMessageBox &box);
+
+/// What a screen's test stands on: a scripted server that the data module is told of, an empty
+/// folder for the region cache, the operator 王敏 (700001, wangmin), message boxes written down and
+/// answered.
+class ScreenFixture
+{
+public:
+    ScreenFixture();
+    ~ScreenFixture(); ///< a statement or post that no script covered fails the test
+
+    QStringList Boxes() const; ///< BoxText of each box so far
+
+    ScriptedServer server;
+    MessageBoxHook hook;
+
+private:
+    QTemporaryDir folder_;
+};
+
+/// Shows a screen as the host does and waits until its FormShow has run.
+void ShowScreen(QWidget &screen);
+
+} // namespace Qel::Test
