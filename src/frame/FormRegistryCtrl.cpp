@@ -4,8 +4,18 @@ namespace Qel {
 
 namespace {
 
-std::unique_ptr<TFormLibrary> library;
-int initialisations = 0;
+/// Made at the first use, so that it outlives whatever made it first.
+struct Registry
+{
+    std::unique_ptr<TFormLibrary> library;
+    int initialisations = 0;
+};
+
+Registry &TheRegistry()
+{
+    static Registry registry;
+    return registry;
+}
 
 } // namespace
 
@@ -42,19 +52,19 @@ QString TFormLibrary::Caption(int index) const
 
 TFormLibrary *FormLibrary()
 {
-    return library.get();
+    return TheRegistry().library.get();
 }
 
 void CreateFormLibrary()
 {
-    if (++initialisations == 1)
-        library = std::make_unique<TFormLibrary>();
+    if (++TheRegistry().initialisations == 1)
+        TheRegistry().library = std::make_unique<TFormLibrary>();
 }
 
 void DestroyFormLibrary()
 {
-    if (--initialisations == 0)
-        library.reset();
+    if (--TheRegistry().initialisations == 0)
+        TheRegistry().library.reset();
 }
 
 void RegisterForm(const TFormClass &formClass, const QString &formCode, const QString &formName,
