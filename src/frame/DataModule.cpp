@@ -217,23 +217,28 @@ void TData_Module::SetCacheFolders(const QString &application, const QString &us
 
 namespace {
 
-std::unique_ptr<TData_Module> dataModule;
+/// Made at the first use, so that it outlives whatever made it first.
+std::unique_ptr<TData_Module> &TheDataModule()
+{
+    static std::unique_ptr<TData_Module> dataModule;
+    return dataModule;
+}
 
 } // namespace
 
 TData_Module &DataModule()
 {
-    if (!dataModule)
+    if (!TheDataModule())
         CreateDataModule();
-    return *dataModule;
+    return *TheDataModule();
 }
 
 void CreateDataModule()
 {
-    if (dataModule)
+    if (TheDataModule())
         return;
-    dataModule = std::make_unique<TData_Module>();
-    dataModule->DataModuleCreate();
+    TheDataModule() = std::make_unique<TData_Module>();
+    TheDataModule()->DataModuleCreate();
     // A host that ends without unloading the library: images and network have to go before the
     // application object does.
     qAddPostRoutine(DestroyDataModule);
@@ -241,11 +246,11 @@ void CreateDataModule()
 
 void DestroyDataModule()
 {
-    if (!dataModule)
+    if (!TheDataModule())
         return;
     qRemovePostRoutine(DestroyDataModule);
-    dataModule->DataModuleDestroy();
-    dataModule.reset();
+    TheDataModule()->DataModuleDestroy();
+    TheDataModule().reset();
 }
 
 } // namespace Qel
