@@ -1,0 +1,150 @@
+#include "store/QueryRunner.h"
+#include "sql/SqlError.h"
+#include "support/TestDatabase.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace Qel;
+
+namespace {
+
+constexpr int ManyRows = 50'000;
+
+/// Fills BAS_PRODUCT with this many rows.
+void AddProducts(TestDatabase &data, int count)
+{
+    data.Connection().Run(
+        "WITH RECURSIVE N (X) AS (SELECT 1 UNION ALL SELECT X + 1 FROM N WHERE X < ?1)"
+        " INSERT INTO BAS_PRODUCT (PRODUCT_ID, PRODUCT_NAME, RETAIL_PRICE)"
+        " SELECT CAST(500000 + X AS TEXT), '药品' || (X % 97), X / 4.0 FROM N",
+        {qint64(count)});
+}
+
+} // namespace
+
+class QueryRunnerTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void GivesEveryRowUnpaged()
+    {
+        TestDatabase data;
+        AddProducts(data, ManyRows);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const auto result = runner.Run(u"SELECT * FROM BAS_PRODUCT"_s, 0, 0);
+        QCOMPARE(result.total, ManyRows);
+        QCOMPARE(RowSet::Load(result.block).RowCount(), ManyRows);
+    }
+
+    void PagesHaveTheTotalAndMeetWithoutGap()
+    {
+        TestDatabase data;
+        AddProducts(data, 230);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        QSet<QString> seen;
+        for (int page = 1; page <= 5; ++page) {
+            // 97 names for 230 rows: the order that was asked for leaves ties.
+            const auto result =
+                runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT ORDER BY PRODUCT_NAME"_s, page, 50);
+            QCOMPARE(result.total, 230);
+            const RowSet rows = RowSet::Load(result.block);
+            QCOMPARE(rows.RowCount(), page < 5 ? 50 : 30);
+            for (int row = 0; row < rows.RowCount(); ++row)
+                seen.insert(rows.Text(row, 0));
+        }
+        QCOMPARE(seen.size(), 230);
+    }
+
+    void SelectingNothingHasTotalZero()
+    {
+        TestDatabase data;
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const auto result = runner.Run(u"SELECT * FROM BAS_ORG WHERE ORG_ID = '0'"_s, 1, 50);
+        QCOMPARE(result.total, 0);
+        const RowSet rows = RowSet::Load(result.block);
+        QCOMPARE(rows.RowCount(), 0);
+        QVERIFY(rows.FieldIndex(u"ORG_NAME") >= 0);
+    }
+
+    void KeepsNullApartAndWritesWholeNumbersWithoutFraction()
+    {
+        TestDatabase data;
+        AddProducts(data, 4);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const RowSet rows = RowSet::Load(
+            runner.Run(u"SELECT RETAIL_PRICE, SPEC FROM BAS_PRODUCT ORDER BY PRODUCT_ID"_s, 0, 0)
+                .block);
+        QCOMPARE(rows.Text(0, 0), u"0.25"_s);
+        QCOMPARE(rows.Text(3, 0), u"1"_s);
+        QVERIFY(rows.IsNull(0, 1));
+        QVERIFY(!rows.IsNull(0, 0));
+    }
+
+    void TooManyRowsAreAnErrorAndNoCut()
+    {
+        TestDatabase data;
+        AddProducts(data, 101);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {.rows = 100});
+        QVERIFY_THROWS_EXCEPTION(Store::EQueryTooLarge,
+                                 runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT"_s, 0, 0));
+        QCOMPARE(
+            runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT WHERE PRODUCT_ID > '500001'"_s, 0, 0)
+                .count,
+            100);
+        QCOMPARE(runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT"_s, 1, 50).total, 101);
+    }
+
+    void TooManyBytesAreAnErrorAndNoCut()
+    {
+        TestDatabase data;
+        AddProducts(data, 1'000);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {.bytes = 4'000});
+        QVERIFY_THROWS_EXCEPTION(Store::EQueryTooLarge,
+                                 runner.Run(u"SELECT PRODUCT_NAME FROM BAS_PRODUCT"_s, 0, 0));
+        QCOMPARE(runner.Run(u"SELECT PRODUCT_NAME FROM BAS_PRODUCT"_s, 1, 50).count, 50);
+    }
+
+    void TakesListsOfTenThousandLiterals()
+    {
+        TestDatabase data;
+        AddProducts(data, ManyRows);
+        QStringList ids;
+        for (int id = 500'001; id <= 510'000; ++id)
+            ids.append(u"'%1'"_s.arg(id));
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const QString sql =
+            u"SELECT PRODUCT_ID FROM BAS_PRODUCT WHERE PRODUCT_ID IN (%1)"_s.arg(ids.join(u','));
+        QCOMPARE(runner.Run(sql, 0, 0).count, 10'000);
+    }
+
+    void NeverReadsTheServersOwnTables()
+    {
+        TestDatabase data;
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        QVERIFY_THROWS_EXCEPTION(Sql::ESqlError, runner.Run(u"SELECT * FROM SRV_TOKEN"_s, 0, 0));
+    }
+
+    void SameTextAgainSeesNewRows()
+    {
+        TestDatabase data;
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const QString sql = u"SELECT ORG_ID FROM BAS_ORG"_s;
+        QCOMPARE(runner.Run(sql, 0, 0).count, 8);
+        data.Connection().Execute("DELETE FROM BAS_ORG WHERE ORG_ID = '200008'");
+        QCOMPARE(runner.Run(sql, 0, 0).count, 7);
+    }
+};
+
+QTEST_GUILESS_MAIN(QueryRunnerTest)
+#include "QueryRunnerTest.moc"
