@@ -40,26 +40,29 @@ bool KeyIndex::HasKey(const RowTable &table, quint32 row, const QByteArrayList &
 void KeyIndex::Build(const RowTable &table)
 {
     const quint32 rows = table.RowCount();
-    slots_.assign(std::bit_ceil(size_t(rows) + rows / 2 + 8), Slot{0, 0});
+    rowBits_ = int(std::bit_width(rows)); // rows is at most 2^31, so one tag bit is always left
+    slots_.assign(std::bit_ceil(size_t(rows) + rows / 2 + 8), 0);
     nextSame_.clear();
     dirty_.clear();
     const size_t mask = slots_.size() - 1;
+    const quint32 rowMask = RowMask();
     // From the last row to the first: rows of one key form a list in table order without any
     // search for its end.
     for (quint32 row = rows; row-- > 0;) {
         if (table.IsDeleted(row))
             continue;
         const quint32 hash = HashOf(table, row);
+        const quint32 tag = TagOf(hash);
         size_t at = hash & mask;
-        while (slots_[at].row &&
-               (slots_[at].hash != hash || !SameKey(table, slots_[at].row - 1, row)))
+        while (slots_[at] &&
+               ((slots_[at] & ~rowMask) != tag || !SameKey(table, (slots_[at] & rowMask) - 1, row)))
             at = (at + 1) & mask;
-        if (slots_[at].row) {
+        if (slots_[at]) {
             if (nextSame_.empty())
                 nextSame_.assign(rows, 0);
-            nextSame_[row] = slots_[at].row;
+            nextSame_[row] = slots_[at] & rowMask;
         }
-        slots_[at] = {hash, row + 1};
+        slots_[at] = tag | (row + 1);
     }
     built_ = true;
 }
@@ -77,17 +80,15 @@ qint64 KeyIndex::Find(const RowTable &table, const QByteArrayList &values,
     const auto matches = [&](quint32 row) { return HasKey(table, row, values) && visible(row); };
     qint64 found = -1;
     const size_t mask = slots_.size() - 1;
-    // A chain may hold rows that changed since and have another key now, so every row of it is
-    // compared, and chains of equal hash are all walked.
-    for (size_t at = hash & mask; slots_[at].row && found < 0; at = (at + 1) & mask) {
-        if (slots_[at].hash != hash)
+    // A list may hold rows that changed since and have another key now, so every row of it is
+    // compared, and lists of equal tag are all walked.
+    for (size_t at = hash & mask; slots_[at] && found < 0; at = (at + 1) & mask) {
+        if (TagOf(slots_[at]) != TagOf(hash))
             continue;
-        for (quint32 next = slots_[at].row; next;
+        for (quint32 next = slots_[at] & RowMask(); next && found < 0;
              next = nextSame_.empty() ? 0 : nextSame_[next - 1]) {
-            if (matches(next - 1)) {
+            if (matches(next - 1))
                 found = next - 1;
-                break;
-            }
         }
     }
     for (const quint32 row : dirty_) {

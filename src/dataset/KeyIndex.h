@@ -33,21 +33,22 @@ public:
     void NoteFilled(int field);               ///< that field was set on many rows
 
 private:
-    struct Slot
-    {
-        quint32 hash;
-        quint32 row; ///< row number + 1 of the first row with this key, 0: free
-    };
-
     void Build(const RowTable &table);
     quint32 HashOf(const RowTable &table, quint32 row) const;
     bool SameKey(const RowTable &table, quint32 a, quint32 b) const;
     bool HasKey(const RowTable &table, quint32 row, const QByteArrayList &values) const;
     void NoteDirty(quint32 row);
 
+    // A slot is 0 if free, else the number + 1 of the first row with its key and, in the bits that
+    // row numbers leave, the upper bits of the key's hash: small enough for the cache, and hardly
+    // ever a look at a row with another key.
+    quint32 TagOf(quint32 hash) const { return hash & ~RowMask(); }
+    quint32 RowMask() const { return (1U << rowBits_) - 1; }
+
     QList<int> fields_;
     bool built_ = false;
-    std::vector<Slot> slots_;       ///< open addressing, a power of two
+    std::vector<quint32> slots_; ///< open addressing, a power of two; see TagOf()
+    int rowBits_ = 0;
     std::vector<quint32> nextSame_; ///< per row: next row with its key + 1; empty if all differ
     std::vector<quint32> dirty_;    ///< ascending
 };

@@ -324,6 +324,11 @@ const RowColumn &RowSet::Column(int field) const
     return data_->columns[size_t(field)];
 }
 
+const RowColumn *RowSet::Columns() const
+{
+    return data_ ? data_->columns.data() : nullptr;
+}
+
 bool RowSet::IsNull(int row, int field) const
 {
     Q_ASSERT(row >= 0 && row < RowCount());

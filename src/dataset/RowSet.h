@@ -60,7 +60,8 @@ public:
     qint64 Total() const;
 
     const RowColumn &Column(int field) const;
-    const QByteArray &Body() const;               ///< the row block this was loaded from
+    const RowColumn *Columns() const; ///< FieldCount() of them, as long as a copy of this lives
+    const QByteArray &Body() const;   ///< the row block this was loaded from
     QByteArray BodyWithTotal(qint64 total) const; ///< the same rows with another total
 
 private:

@@ -6,6 +6,7 @@ namespace Qel {
 
 RowTable::RowTable(RowSet rows)
     : loaded_(std::move(rows))
+    , columns_(loaded_.Columns())
     , loadedRows_(quint32(loaded_.RowCount()))
     , overlay_(size_t(loaded_.FieldCount()))
 {

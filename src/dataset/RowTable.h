@@ -39,12 +39,12 @@ public:
     QByteArrayView BytesOfCode(quint32 row, int field, CellCode code) const
     {
         if (code == AsLoaded)
-            return loaded_.Column(field).Cell(row);
+            return columns_[field].Cell(row);
         return code == Null ? QByteArrayView() : pool_.At(code - kPoolBase);
     }
     bool IsNullCode(quint32 row, int field, CellCode code) const
     {
-        return code == AsLoaded ? loaded_.Column(field).IsNull(row) : code == Null;
+        return code == AsLoaded ? columns_[field].IsNull(row) : code == Null;
     }
     CellCode Code(quint32 row, int field) const
     {
@@ -67,6 +67,7 @@ private:
     static constexpr CellCode kPoolBase = 2;
 
     RowSet loaded_;
+    const RowColumn *columns_ = nullptr; ///< those of loaded_, one step nearer
     quint32 loadedRows_ = 0;
     quint32 addedRows_ = 0;
     std::vector<std::vector<CellCode>> overlay_; ///< per field; shorter than the rows or empty
