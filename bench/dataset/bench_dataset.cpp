@@ -216,7 +216,6 @@ void IndexHash(benchmark::State &state)
     const StringColumns columns = StringColumnsOf(SampleRows());
     for (auto _ : state) {
         auto index = std::make_unique<QHash<QString, int>>();
-        index->reserve(kRows);
         for (int row = 0; row < kRows; ++row)
             index->insert(columns[0][size_t(row)], row);
         benchmark::DoNotOptimize(index->value(u"100050000"_s));

@@ -1,8 +1,7 @@
 #include "dataset/KeyIndex.h"
 
-#include "dataset/ByteHash.h"
-
 #include <algorithm>
+#include <array>
 #include <bit>
 
 namespace Qel {
@@ -12,11 +11,20 @@ namespace {
 // Looking at this many changed rows costs a few microseconds, less than a build is worth.
 constexpr size_t kMostDirty = 512;
 
+constexpr size_t kHashesAhead = 64;
+
+void Prefetch([[maybe_unused]] const void *address)
+{
+#ifdef __GNUC__
+    __builtin_prefetch(address, 1);
+#endif
+}
+
 } // namespace
 
-quint32 KeyIndex::HashOf(const RowTable &table, quint32 row) const
+inline quint32 KeyIndex::HashOf(const RowTable &table, quint32 row) const
 {
-    ByteHash hash;
+    ByteHash hash = start_;
     for (const int field : fields_)
         hash.Add(table.Bytes(row, field));
     return hash.Value();
@@ -44,27 +52,39 @@ void KeyIndex::Build(const RowTable &table)
     slots_.assign(std::bit_ceil(size_t(rows) + rows / 2 + 8), 0);
     nextSame_.clear();
     dirty_.clear();
-    const size_t mask = slots_.size() - 1;
-    const quint32 rowMask = RowMask();
     // From the last row to the first: rows of one key form a list in table order without any
-    // search for its end.
-    for (quint32 row = rows; row-- > 0;) {
-        if (table.IsDeleted(row))
-            continue;
-        const quint32 hash = HashOf(table, row);
-        const quint32 tag = TagOf(hash);
-        size_t at = hash & mask;
-        while (slots_[at] &&
-               ((slots_[at] & ~rowMask) != tag || !SameKey(table, (slots_[at] & rowMask) - 1, row)))
-            at = (at + 1) & mask;
-        if (slots_[at]) {
-            if (nextSame_.empty())
-                nextSame_.assign(rows, 0);
-            nextSame_[row] = slots_[at] & rowMask;
+    // search for its end. Hashes are made some rows ahead, so that the memory that the slots lie in
+    // is on its way while other rows are worked on.
+    std::array<quint32, kHashesAhead> hashes;
+    for (quint32 end = rows; end > 0;) {
+        const quint32 begin = end - std::min(end, quint32(kHashesAhead));
+        for (quint32 row = begin; row < end; ++row) {
+            hashes[row - begin] = HashOf(table, row);
+            Prefetch(&slots_[hashes[row - begin] & (slots_.size() - 1)]);
         }
-        slots_[at] = tag | (row + 1);
+        for (quint32 row = end; row-- > begin;) {
+            if (!table.IsDeleted(row))
+                Insert(table, row, hashes[row - begin]);
+        }
+        end = begin;
     }
     built_ = true;
+}
+
+inline void KeyIndex::Insert(const RowTable &table, quint32 row, quint32 hash)
+{
+    const size_t mask = slots_.size() - 1;
+    const quint32 rowMask = RowMask();
+    size_t at = hash & mask;
+    while (slots_[at] &&
+           (TagOf(slots_[at]) != TagOf(hash) || !SameKey(table, (slots_[at] & rowMask) - 1, row)))
+        at = (at + 1) & mask;
+    if (slots_[at]) {
+        if (nextSame_.empty())
+            nextSame_.assign(table.RowCount(), 0);
+        nextSame_[row] = slots_[at] & rowMask;
+    }
+    slots_[at] = TagOf(hash) | (row + 1);
 }
 
 qint64 KeyIndex::Find(const RowTable &table, const QByteArrayList &values,
@@ -72,7 +92,7 @@ qint64 KeyIndex::Find(const RowTable &table, const QByteArrayList &values,
 {
     if (!built_ || dirty_.size() > kMostDirty)
         Build(table);
-    ByteHash hasher;
+    ByteHash hasher = start_;
     for (const QByteArray &value : values)
         hasher.Add(value);
     const quint32 hash = hasher.Value();

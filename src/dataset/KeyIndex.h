@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dataset/ByteHash.h"
 #include "dataset/RowTable.h"
 
 #include <QByteArrayList>
@@ -34,6 +35,7 @@ public:
 
 private:
     void Build(const RowTable &table);
+    void Insert(const RowTable &table, quint32 row, quint32 hash);
     quint32 HashOf(const RowTable &table, quint32 row) const;
     bool SameKey(const RowTable &table, quint32 a, quint32 b) const;
     bool HasKey(const RowTable &table, quint32 row, const QByteArrayList &values) const;
@@ -45,6 +47,7 @@ private:
     quint32 TagOf(quint32 hash) const { return hash & ~RowMask(); }
     quint32 RowMask() const { return (1U << rowBits_) - 1; }
 
+    ByteHash start_; ///< the process's seed, looked up once
     QList<int> fields_;
     bool built_ = false;
     std::vector<quint32> slots_; ///< open addressing, a power of two; see TagOf()
