@@ -1,0 +1,173 @@
+#include "host/Tour.h"
+
+#include "host/MainWindow.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QTabWidget>
+#include <QThread>
+
+#include <array>
+
+namespace Qel::Host {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int TickTime = 50;  // milliseconds
+constexpr int QuietTicks = 6; // how long nothing must have happened
+constexpr int PatienceTicks = 600;
+
+/// A dialog and how to come to it: from a screen, over actions and controls by object name.
+struct Dialog
+{
+    const char16_t *file;
+    const char16_t *screen;
+    std::array<const char16_t *, 2> way;
+};
+
+constexpr Dialog Dialogs[]{
+    {u"ADMIN01-new-group", u"ADMIN01", {u"UniNew"}},
+    {u"ADMIN01-new-sub-group", u"ADMIN01", {u"UniChildNew"}},
+    {u"ADMIN01-modify-group", u"ADMIN01", {u"UniModify"}},
+    {u"ADMIN01-region", u"ADMIN01", {u"UniModify", u"edRegionName"}},
+    {u"ADMIN01-organisation", u"ADMIN01", {u"UniModify", u"edMasterOrgName"}},
+};
+
+} // namespace
+
+Tour::Tour(MainWindow &window, const QString &folder)
+    : window_(window)
+    , folder_(folder)
+{
+    connect(&clock_, &QTimer::timeout, this, &Tour::Tick);
+    connect(&window, &MainWindow::ErrorTold, this, &Tour::Finish);
+}
+
+void Tour::Start()
+{
+    if (!QDir().mkpath(folder_))
+        return Finish(u"无法创建文件夹 %1"_s.arg(folder_));
+    Plan();
+    clock_.start(TickTime);
+}
+
+void Tour::Plan()
+{
+    steps_.push_back({Kind::Grab, u"welcome"_s});
+    for (const FormInfo &form : window_.Forms()) {
+        steps_.push_back({Kind::Open, form.code});
+        steps_.push_back({Kind::Press, u"ActionQuery"_s});
+        steps_.push_back({Kind::Grab, form.code});
+        for (const Dialog &dialog : Dialogs) {
+            if (form.code != QStringView(dialog.screen))
+                continue;
+            int opened = 0;
+            for (const char16_t *name : dialog.way) {
+                if (name && ++opened)
+                    steps_.push_back({Kind::Dialog, QString::fromUtf16(name)});
+            }
+            steps_.push_back({Kind::Grab, QString::fromUtf16(dialog.file)});
+            while (opened-- > 0)
+                steps_.push_back({Kind::Leave, {}});
+        }
+        steps_.push_back({Kind::Close, {}});
+    }
+}
+
+void Tour::Tick()
+{
+    if (!AtRest()) {
+        quietTicks_ = 0;
+        if (++waitedTicks_ > PatienceTicks)
+            Finish(u"等待超时：%1"_s.arg(steps_.empty() ? QString() : steps_.front().name));
+        return;
+    }
+    if (++quietTicks_ < QuietTicks)
+        return;
+    quietTicks_ = 0;
+    waitedTicks_ = 0;
+    if (steps_.empty())
+        return Finish({});
+    const Step step = steps_.front();
+    steps_.pop_front();
+    // Not from here: a step that opens a dialog comes back only when that is closed.
+    QMetaObject::invokeMethod(
+        this, [this, step] { Run(step); }, Qt::QueuedConnection);
+}
+
+/// Each open dialog runs one event loop inside the program's; a running query runs another.
+bool Tour::AtRest()
+{
+    return QThread::currentThread()->loopLevel() == 1 + dialogs_ &&
+           (QApplication::activeModalWidget() != nullptr) == (dialogs_ > 0);
+}
+
+QWidget *Tour::Front() const
+{
+    QWidget *modal = QApplication::activeModalWidget();
+    return modal ? modal : window_.Tabs()->currentWidget();
+}
+
+void Tour::Run(const Step &step)
+{
+    switch (step.kind) {
+    case Kind::Open:
+        window_.OpenScreen(step.name);
+        break;
+    case Kind::Press:
+        Press(step.name, false);
+        break;
+    case Kind::Dialog:
+        ++dialogs_;
+        Press(step.name, true);
+        break;
+    case Kind::Grab:
+        Grab(step.name);
+        break;
+    case Kind::Leave:
+        --dialogs_;
+        Front()->close();
+        break;
+    case Kind::Close:
+        window_.Tabs()->currentWidget()->close();
+        break;
+    }
+}
+
+void Tour::Press(const QString &name, bool required)
+{
+    if (auto *action = Front()->findChild<QAction *>(name))
+        return action->trigger();
+    // A control is pressed at its first button, if it is none itself.
+    auto *control = Front()->findChild<QWidget *>(name);
+    auto *button = qobject_cast<QAbstractButton *>(control);
+    if (!button && control)
+        button = control->findChild<QAbstractButton *>();
+    if (button)
+        button->click();
+    else if (required)
+        Finish(u"找不到 %1"_s.arg(name));
+}
+
+void Tour::Grab(const QString &file)
+{
+    QWidget *front = QApplication::activeModalWidget();
+    const QPixmap picture = (front ? front : &window_)->grab();
+    const QString path = QDir(folder_).filePath(file + u".png"_s);
+    if (!picture.save(path))
+        Finish(u"无法写入 %1"_s.arg(path));
+}
+
+void Tour::Finish(const QString &problem)
+{
+    if (std::exchange(ended_, true))
+        return;
+    clock_.stop();
+    emit Ended(problem);
+}
+
+} // namespace Qel::Host
