@@ -126,12 +126,14 @@ void CellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
                                 const QModelIndex &index) const
 {
     QString text;
-    if (auto *combo = qobject_cast<ImageComboBox *>(editor))
+    if (auto *combo = qobject_cast<ImageComboBox *>(editor)) {
         text = combo->EditValue();
-    else if (auto *date = qobject_cast<DateEdit *>(editor))
+    } else if (auto *date = qobject_cast<DateEdit *>(editor)) {
+        date->TakeTyped(); // the delegate hears of a lost focus before the editor does
         text = date->IsEmpty() ? QString() : date->Value().toString(u"yyyy-MM-dd");
-    else if (auto *edit = qobject_cast<QLineEdit *>(editor))
+    } else if (auto *edit = qobject_cast<QLineEdit *>(editor)) {
         text = edit->text();
+    }
     if (text != index.data(RawValueRole).toString())
         model->setData(index, text, Qt::EditRole);
 }

@@ -5,6 +5,8 @@
 #include "controls/GridHeader.h"
 #include "controls/ViewParts.h"
 
+#include <QComboBox>
+#include <QHeaderView>
 #include <QKeyEvent>
 
 using namespace Qt::StringLiterals;
@@ -23,8 +25,8 @@ DataGrid::DataGrid(QWidget *parent)
     setCornerButtonEnabled(false);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::SelectedClicked |
-                    QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
+    setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+                    QAbstractItemView::AnyKeyPressed);
     setItemDelegate(new CellDelegate(this));
     FitHeights();
     link_ = new CurrentRowLink(
@@ -33,6 +35,7 @@ DataGrid::DataGrid(QWidget *parent)
     connect(link_, &CurrentRowLink::PostFailed, this, &DataGrid::EditFailed);
     connect(model_, &DataSetModel::EditFailed, this, &DataGrid::EditFailed);
     connect(this, &QAbstractItemView::doubleClicked, this, &DataGrid::RowDoubleClicked);
+    connect(this, &QAbstractItemView::clicked, this, &DataGrid::DropDown);
 }
 
 DataGrid::~DataGrid() = default;
@@ -189,6 +192,17 @@ void DataGrid::keyPressEvent(QKeyEvent *event)
         return;
     }
     QTableView::keyPressEvent(event);
+}
+
+/// One click opens a cell's list.
+void DataGrid::DropDown(const QModelIndex &index)
+{
+    if (GridEditor(index.data(EditorRole).toInt()) != GridEditor::Combo ||
+        !model_->flags(index).testFlag(Qt::ItemIsEditable) || state() == EditingState)
+        return;
+    edit(index);
+    if (auto *combo = qobject_cast<QComboBox *>(indexWidget(index)))
+        combo->showPopup();
 }
 
 /// The blank key ticks the row from wherever in it the focus is.

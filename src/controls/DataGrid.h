@@ -68,6 +68,7 @@ protected:
 
 private:
     void FitHeights();
+    void DropDown(const QModelIndex &index);
     void TickRow(const QModelIndex &current);
 
     DataSetModel *model_;

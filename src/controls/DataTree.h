@@ -3,6 +3,7 @@
 #include "controls/DataSetTreeModel.h"
 #include "controls/GridSheet.h"
 
+#include <QSet>
 #include <QTreeView>
 
 namespace Qel {
@@ -11,7 +12,8 @@ class CurrentRowLink;
 class GridHeader;
 
 /// A tree list over a dataset with a key and a parent field; the focused node and the dataset's
-/// current row are kept the same. Read-only. A node is named by the recNo of its row (-1: none),
+/// current row are kept the same. Read-only. What is expanded stays so as long as the table is not
+/// opened anew. A node is named by the recNo of its row (-1: none),
 /// which holds until rows are inserted or removed.
 ///
 /// Layouts give keyField, parentField, rootValue and columns (as DataGrid) with stdset="0".
@@ -106,6 +108,9 @@ public:
         DataTree &tree_;
     };
 
+public slots:
+    void reset() override;
+
 signals:
     void FocusedNodeChanged(); ///< another row has the focus, or none any more
     void NodeActivated();      ///< Enter
@@ -124,6 +129,7 @@ private:
     void FitHeights();
     void ColumnsChanged();
     void FocusMayHaveChanged();
+    ClientDataSet::Bookmark MarkOf(const QModelIndex &index) const;
     void Reveal(const QModelIndex &index);
     void FollowCollapse(const QModelIndex &collapsed);
     QPen LinePen() const;
@@ -143,7 +149,7 @@ private:
     QColor lineColor_;
     int focusBlocked_ = 0;
     ClientDataSet::Bookmark focusedMark_ = ClientDataSet::NoBookmark;
-    FieldDefs focusedIn_; ///< the table of focusedMark_, told by its definitions' shared data
+    QSet<ClientDataSet::Bookmark> expandedMarks_;
 };
 
 } // namespace Qel

@@ -73,7 +73,6 @@ void DateEdit::ShowValue()
     setText(IsEmpty() ? QString() : value_.toString(DateFormat));
 }
 
-/// What was typed becomes the value, or the value comes back.
 void DateEdit::TakeTyped()
 {
     if (isReadOnly())

@@ -32,6 +32,7 @@ public:
     void SetValue(const QDateTime &value); ///< an invalid one, or EmptyDate(), clears
     double DayNumber() const;
 
+    void TakeTyped(); ///< what was typed becomes the value now, or gives way to it
     void DropDown();
     QCalendarWidget *Calendar() const; ///< of the open drop-down, else nullptr
 
@@ -44,7 +45,6 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    void TakeTyped();
     void ShowValue();
     void Pick(const QDate &date);
 

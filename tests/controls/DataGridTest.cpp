@@ -1,0 +1,341 @@
+#include "controls/DataGrid.h"
+
+#include "TestTable.h"
+#include "controls/DateEdit.h"
+#include "controls/ImageComboBox.h"
+
+#include <QClipboard>
+#include <QDialog>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+using namespace Qel;
+
+class DataGridTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<ClientDataSet> dataSet_;
+    std::unique_ptr<DataGrid> grid_;
+
+    QPoint CellCenter(int row, int column) const
+    {
+        return grid_->visualRect(grid_->model()->index(row, column)).center();
+    }
+    void Click(int row, int column)
+    {
+        QTest::mouseClick(grid_->viewport(), Qt::LeftButton, {}, CellCenter(row, column));
+    }
+    void Show()
+    {
+        grid_->resize(560, 240);
+        grid_->show();
+        QVERIFY(QTest::qWaitForWindowExposed(grid_.get()));
+    }
+
+private slots:
+    void init()
+    {
+        dataSet_ = std::make_unique<ClientDataSet>();
+        grid_ = std::make_unique<DataGrid>();
+        grid_->SetColumns({u"SELECTED|选择|40|check"_s, u"ORG_NAME|企业名称|200|text"_s,
+                           u"ORG_TYPE|企业类型|90|combo"_s, u"OPENED|日期|100|date"_s,
+                           u"ORG_ID|编号|80||hidden"_s});
+        grid_->SetValueList(u"org_type", ParseValueList({u"4|医院"_s, u"5|药房"_s}));
+        grid_->SetDataSet(dataSet_.get());
+        dataSet_->Open(
+            TableOf({u"ORG_ID"_s, u"ORG_NAME:6"_s, u"ORG_TYPE"_s, u"SELECTED"_s, u"OPENED"_s},
+                    {{u"7"_s, u"仁爱医院"_s, u"4"_s, u"0"_s, u"2024-03-05"_s},
+                     {u"8"_s, u"百草药房"_s, u"5"_s, u"0"_s, u""_s},
+                     {u"9"_s, u"济世堂"_s, u"5"_s, u"0"_s, u""_s}}));
+    }
+
+    void cleanup()
+    {
+        grid_.reset();
+        dataSet_.reset();
+    }
+
+    void HasACurrentRowWheneverThereAreRows()
+    {
+        QCOMPARE(grid_->currentIndex().row(), 0);
+        QCOMPARE(grid_->currentIndex().column(), 0);
+        QVERIFY(grid_->selectionModel()->isRowSelected(0));
+        dataSet_->Close();
+        QVERIFY(!grid_->currentIndex().isValid());
+        dataSet_->Open(TableOf({u"ORG_ID"_s}, {{u"1"_s}}));
+        QCOMPARE(grid_->currentIndex().row(), 0);
+    }
+
+    void FollowsTheDataSet()
+    {
+        dataSet_->SetRecNo(2);
+        QCOMPARE(grid_->currentIndex().row(), 2);
+        dataSet_->Locate(u"ORG_ID", {u"8"_s});
+        QCOMPARE(grid_->currentIndex().row(), 1);
+        dataSet_->Delete();
+        QCOMPARE(dataSet_->FieldText(u"ORG_ID"), u"9"_s);
+        QCOMPARE(grid_->currentIndex().row(), 1);
+        dataSet_->Delete();
+        QCOMPARE(grid_->currentIndex().row(), 0);
+        QVERIFY(grid_->selectionModel()->isRowSelected(0));
+        dataSet_->Append();
+        QCOMPARE(grid_->currentIndex().row(), 1);
+    }
+
+    void LeadsTheDataSet()
+    {
+        Show();
+        Click(1, 1);
+        QCOMPARE(dataSet_->RecNo(), 1);
+        QTest::keyClick(grid_.get(), Qt::Key_Down);
+        QCOMPARE(dataSet_->RecNo(), 2);
+        QTest::keyClick(grid_.get(), Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(dataSet_->RecNo(), 0);
+    }
+
+    void LeavingARowPostsIt()
+    {
+        dataSet_->Append();
+        dataSet_->SetFieldText(u"ORG_NAME", u"新"_s);
+        Show();
+        Click(0, 1);
+        QVERIFY(!dataSet_->IsEditing());
+        QCOMPARE(dataSet_->RecNo(), 0);
+        QCOMPARE(dataSet_->RecordCount(), 4);
+    }
+
+    void ARemovedRowDoesNotMoveTheDataSetElsewhere()
+    {
+        dataSet_->SetRecNo(1);
+        dataSet_->DeleteRows([](int recNo) { return recNo == 0; });
+        QCOMPARE(dataSet_->FieldText(u"ORG_ID"), u"8"_s);
+        QCOMPARE(grid_->currentIndex().row(), 0);
+    }
+
+    void SuspendedItStaysAndThenFollows()
+    {
+        {
+            const ControlsSuspender suspender(*dataSet_);
+            dataSet_->SetRecNo(2);
+            QCOMPARE(grid_->currentIndex().row(), 0);
+        }
+        QCOMPARE(grid_->currentIndex().row(), 2);
+    }
+
+    void EnterAndDoubleClickAreReported()
+    {
+        Show();
+        QSignalSpy activated(grid_.get(), &DataGrid::RowActivated);
+        QSignalSpy doubleClicked(grid_.get(), &DataGrid::RowDoubleClicked);
+        QTest::keyClick(grid_.get(), Qt::Key_Return);
+        QTest::keyClick(grid_.get(), Qt::Key_Enter);
+        QCOMPARE(activated.size(), 2);
+        Click(1, 1); // the first half of a double click
+        QTest::mouseDClick(grid_->viewport(), Qt::LeftButton, {}, CellCenter(1, 1));
+        QCOMPARE(doubleClicked.size(), 1);
+        QCOMPARE(dataSet_->RecNo(), 1);
+    }
+
+    void EnterInAnEmptyGridReportsNothing()
+    {
+        dataSet_->Close();
+        QSignalSpy activated(grid_.get(), &DataGrid::RowActivated);
+        QTest::keyClick(grid_.get(), Qt::Key_Return);
+        QCOMPARE(activated.size(), 0);
+    }
+
+    void EnterInADialogDoesNotPressTheDefaultButtonBesides()
+    {
+        QDialog dialog;
+        QVBoxLayout layout(&dialog);
+        layout.addWidget(grid_.get());
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        QSignalSpy accepted(&dialog, &QDialog::accepted);
+        QSignalSpy activated(grid_.get(), &DataGrid::RowActivated);
+        QTest::keyClick(grid_.get(), Qt::Key_Return);
+        QCOMPARE(activated.size(), 1);
+        QCOMPARE(accepted.size(), 0);
+        layout.removeWidget(grid_.get());
+        grid_->setParent(nullptr);
+    }
+
+    void AClickOnTheTickPostsIt()
+    {
+        Show();
+        Click(1, 0);
+        QCOMPARE(dataSet_->TextAt(1, 3), u"1"_s);
+        QVERIFY(!dataSet_->IsEditing());
+        Click(1, 0);
+        QCOMPARE(dataSet_->TextAt(1, 3), u"0"_s);
+        grid_->SetColumnReadOnly(u"SELECTED", true);
+        Click(1, 0);
+        QCOMPARE(dataSet_->TextAt(1, 3), u"0"_s);
+    }
+
+    void TheBlankKeyTicksTheRow()
+    {
+        Show();
+        grid_->setCurrentIndex(grid_->model()->index(0, 0));
+        QTest::keyClick(grid_.get(), Qt::Key_Space);
+        QCOMPARE(dataSet_->TextAt(0, 3), u"1"_s);
+    }
+
+    void TheBlankKeyTicksFromAColumnThatIsOnlyShown()
+    {
+        grid_->SetColumns({u"SELECTED|选择|40|check"_s, u"ORG_ID|编号|80"_s});
+        Show();
+        grid_->setCurrentIndex(grid_->model()->index(2, 1));
+        QTest::keyClick(grid_.get(), Qt::Key_Space);
+        QCOMPARE(dataSet_->TextAt(2, 3), u"1"_s);
+    }
+
+    void TextIsEditedInPlaceWithinTheFieldsSize()
+    {
+        Show();
+        Click(0, 1);
+        QTest::keyClick(grid_.get(), Qt::Key_F2);
+        auto *editor = grid_->findChild<QLineEdit *>(u"cellEditor"_s);
+        QVERIFY(editor);
+        QCOMPARE(editor->maxLength(), 6);
+        QCOMPARE(editor->text(), u"仁爱医院"_s);
+        editor->setText(u"仁心"_s);
+        QSignalSpy activated(grid_.get(), &DataGrid::RowActivated);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QTRY_COMPARE(dataSet_->TextAt(0, 1), u"仁心"_s);
+        QCOMPARE(activated.size(), 0);
+    }
+
+    void EscLeavesTheCellAsItWas()
+    {
+        Show();
+        Click(0, 1);
+        QTest::keyClick(grid_.get(), Qt::Key_F2);
+        auto *editor = grid_->findChild<QLineEdit *>(u"cellEditor"_s);
+        QVERIFY(editor);
+        editor->setText(u"x"_s);
+        QTest::keyClick(editor, Qt::Key_Escape);
+        QCOMPARE(dataSet_->TextAt(0, 1), u"仁爱医院"_s);
+    }
+
+    void AChoiceFromTheValueListIsWrittenAtOnce()
+    {
+        Show();
+        Click(0, 2);
+        auto *combo = grid_->findChild<ImageComboBox *>(u"cellEditor"_s);
+        QVERIFY(combo);
+        QCOMPARE(combo->EditValue(), u"4"_s);
+        QCOMPARE(combo->Items(), (QStringList{u"4|医院"_s, u"5|药房"_s}));
+        combo->setCurrentIndex(1);
+        emit combo->activated(1);
+        QCOMPARE(dataSet_->TextAt(0, 2), u"5"_s);
+        QCOMPARE(grid_->model()->index(0, 2).data().toString(), u"药房"_s);
+    }
+
+    void ADateIsEditedInPlace()
+    {
+        Show();
+        grid_->setCurrentIndex(grid_->model()->index(0, 3));
+        grid_->edit(grid_->currentIndex());
+        auto *date = grid_->findChild<DateEdit *>(u"cellEditor"_s);
+        QVERIFY(date);
+        QCOMPARE(date->Value().date(), QDate(2024, 3, 5));
+        date->SetValue(QDate(2024, 12, 31).startOfDay());
+        QTest::keyClick(date, Qt::Key_Return);
+        QTRY_COMPARE(dataSet_->TextAt(0, 4), u"2024-12-31"_s);
+    }
+
+    void ATypedDateCountsWhenTheCellIsLeft()
+    {
+        Show();
+        grid_->setCurrentIndex(grid_->model()->index(1, 3));
+        grid_->edit(grid_->currentIndex());
+        auto *date = grid_->findChild<DateEdit *>(u"cellEditor"_s);
+        QVERIFY(date);
+        date->home(false);
+        QTest::keyClicks(date, u"20240229"_s);
+        grid_->setFocus();
+        QTRY_COMPARE(dataSet_->TextAt(1, 4), u"2024-02-29"_s);
+    }
+
+    void ColumnsAreFoundByField()
+    {
+        QCOMPARE(grid_->ColumnIndex(u"org_name"), 1);
+        QCOMPARE(grid_->ColumnIndex(u"NONE"), -1);
+        QVERIFY(!grid_->IsColumnVisible(u"ORG_ID"));
+        grid_->SetColumnVisible(u"ORG_ID", true);
+        QVERIFY(grid_->IsColumnVisible(u"ORG_ID"));
+        grid_->SetColumnCaption(u"ORG_ID", u"机构编号"_s);
+        QCOMPARE(grid_->ColumnCaption(u"ORG_ID"), u"机构编号"_s);
+        grid_->SetColumnVisible(u"NONE", true);
+        grid_->SetColumnCaption(u"NONE", u"x"_s);
+        QCOMPARE(grid_->ColumnCaption(u"NONE"), QString());
+    }
+
+    void TheFocusLeavesAColumnThatIsHidden()
+    {
+        grid_->SetColumnVisible(u"SELECTED", false);
+        QCOMPARE(grid_->currentIndex().column(), 1);
+        dataSet_->Close();
+        dataSet_->Open(TableOf({u"ORG_ID"_s}, {{u"1"_s}}));
+        QCOMPARE(grid_->currentIndex().column(), 1);
+    }
+
+    void WidthsAndVisibilityOutliveAQuery()
+    {
+        grid_->horizontalHeader()->resizeSection(1, 321);
+        grid_->SetColumnVisible(u"ORG_TYPE", false);
+        dataSet_->Close();
+        dataSet_->Open(TableOf({u"ORG_NAME"_s}, {{u"甲"_s}}));
+        QCOMPARE(grid_->columnWidth(1), 321);
+        QVERIFY(!grid_->IsColumnVisible(u"ORG_TYPE"));
+    }
+
+    void ColumnsComeFromALayout()
+    {
+        DataGrid grid;
+        QVERIFY(grid.setProperty("columns", QStringList{u"A|甲|55"_s}));
+        QCOMPARE(grid.columnWidth(0), 55);
+        QCOMPARE(grid.Columns(), (QStringList{u"A|甲|55||"_s}));
+    }
+
+    void CopiesTheCellAndTheRow()
+    {
+        grid_->setCurrentIndex(grid_->model()->index(1, 2));
+        QTest::keyClick(grid_.get(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"药房"_s);
+        QTest::keyClick(grid_.get(), Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"0\t百草药房\t药房\t"_s);
+    }
+
+    void RowsAreAtLeastAsHighAsAskedAndAsTheFontNeeds()
+    {
+        grid_->SetRowHeight(40);
+        QCOMPARE(grid_->rowHeight(0), 40);
+        grid_->SetRowHeight(20);
+        QFont font = grid_->font();
+        font.setPixelSize(60);
+        grid_->setFont(font);
+        QVERIFY(grid_->rowHeight(0) >= QFontMetrics(font).height());
+        QVERIFY(grid_->horizontalHeader()->sizeHint().height() >= 22);
+    }
+
+    void AnEmptyListSaysSoAndAClosedOneDoesNot()
+    {
+        Show();
+        dataSet_->Close();
+        const QImage closed = grid_->viewport()->grab().toImage();
+        dataSet_->Open(TableOf({u"ORG_ID"_s}, {}));
+        QVERIFY(grid_->viewport()->grab().toImage() != closed);
+        grid_->SetEmptyHint({});
+        QCOMPARE(grid_->viewport()->grab().toImage(), closed);
+    }
+};
+
+QTEST_MAIN(DataGridTest)
+#include "DataGridTest.moc"

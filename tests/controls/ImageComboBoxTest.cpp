@@ -1,0 +1,129 @@
+#include "controls/ImageComboBox.h"
+
+#include <QAbstractItemView>
+#include <QSignalSpy>
+#include <QTest>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+using namespace Qt::StringLiterals;
+using namespace Qel;
+
+class ImageComboBoxTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<ImageComboBox> combo_;
+
+    void Wheel()
+    {
+        QWheelEvent event(QPointF(5, 5), combo_->mapToGlobal(QPointF(5, 5)), {}, QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(combo_.get(), &event);
+    }
+
+private slots:
+    void init()
+    {
+        combo_ = std::make_unique<ImageComboBox>();
+        QVERIFY(combo_->setProperty("items", QStringList{u"0|全部"_s, u"4|医院 "_s, u"5|药房"_s}));
+    }
+
+    void NothingIsSelectedAtFirst()
+    {
+        QCOMPARE(combo_->currentIndex(), -1);
+        QCOMPARE(combo_->EditValue(), QString());
+        combo_->ClearItems();
+        combo_->AddItem(u"1"_s, u"甲"_s);
+        QCOMPARE(combo_->currentIndex(), -1);
+    }
+
+    void ValuesAreSelectedAndRead()
+    {
+        combo_->SetEditValue(u"4"_s);
+        QCOMPARE(combo_->currentIndex(), 1);
+        QCOMPARE(combo_->EditValue(), u"4"_s);
+        combo_->SetEditValue(u"nonsense"_s);
+        QCOMPARE(combo_->currentIndex(), -1);
+        QCOMPARE(combo_->EditValue(), QString());
+    }
+
+    void TextsKeepTheirBlanks()
+    {
+        combo_->SetEditValue(u"4"_s);
+        QCOMPARE(combo_->currentText(), u"医院 "_s);
+        QCOMPARE(combo_->Items().at(1), u"4|医院 "_s);
+    }
+
+    void ValuesAreComparedExactly()
+    {
+        combo_->SetItems(QStringList{u"ab|一"_s, u"A|二"_s, u"a|三"_s});
+        combo_->SetEditValue(u"a"_s);
+        QCOMPARE(combo_->currentText(), u"三"_s);
+    }
+
+    void AnItemMayStandForTheEmptyValue()
+    {
+        combo_->SetItems(QStringList{u"|不限"_s, u"1|甲"_s});
+        QCOMPARE(combo_->currentIndex(), -1);
+        combo_->SetEditValue({});
+        QCOMPARE(combo_->currentIndex(), 0);
+    }
+
+    void TellsOfEveryChangeOfTheValueOnce()
+    {
+        QSignalSpy changed(combo_.get(), &ImageComboBox::EditValueChanged);
+        combo_->SetEditValue(u"4"_s);
+        combo_->SetEditValue(u"4"_s);
+        QCOMPARE(changed.size(), 1);
+        combo_->setCurrentIndex(2);
+        QCOMPARE(changed.size(), 2);
+        combo_->ClearItems();
+        QCOMPARE(changed.size(), 3);
+        combo_->ClearItems();
+        combo_->AddItem(u"1"_s, u"甲"_s);
+        QCOMPARE(changed.size(), 3);
+    }
+
+    void AnotherItemListKeepsTheValueThatIsStillThere()
+    {
+        combo_->SetEditValue(u"5"_s);
+        QSignalSpy changed(combo_.get(), &ImageComboBox::EditValueChanged);
+        combo_->SetItems(QStringList{u"5|药房"_s, u"6|营运"_s});
+        QCOMPARE(combo_->EditValue(), u"5"_s);
+        QCOMPARE(changed.size(), 0);
+        combo_->SetItems(QStringList{u"6|营运"_s});
+        QCOMPARE(combo_->EditValue(), QString());
+        QCOMPARE(changed.size(), 1);
+    }
+
+    void TheWheelChangesItOnlyWithTheFocus()
+    {
+        QWidget window;
+        QVBoxLayout layout(&window);
+        auto *other = new QWidget(&window);
+        other->setFocusPolicy(Qt::StrongFocus);
+        layout.addWidget(other);
+        layout.addWidget(combo_.get());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        combo_->SetEditValue(u"0"_s);
+        other->setFocus();
+        Wheel();
+        QCOMPARE(combo_->EditValue(), u"0"_s);
+        combo_->setFocus();
+        Wheel();
+        QCOMPARE(combo_->EditValue(), u"4"_s);
+        combo_->setParent(nullptr);
+    }
+
+    void LinesAreAtLeastAsHighAsAsked()
+    {
+        QCOMPARE(combo_->ItemHeight(), 18);
+        QVERIFY(combo_->setProperty("itemHeight", 44));
+        QCOMPARE(combo_->view()->sizeHintForRow(0), 44);
+    }
+};
+
+QTEST_MAIN(ImageComboBoxTest)
+#include "ImageComboBoxTest.moc"
