@@ -47,16 +47,17 @@ ErrorDialog::ErrorDialog(const QString &text, QWidget *parent)
     details->hide();
 
     auto *buttons = new QDialogButtonBox;
-    auto *unfold = buttons->addButton(u"详细信息"_s, QDialogButtonBox::ActionRole);
-    unfold->setObjectName(u"BtnDetails"_s);
-    unfold->setCheckable(true);
-    unfold->setVisible(!details->toPlainText().isEmpty());
+    if (!details->toPlainText().isEmpty()) {
+        auto *unfold = buttons->addButton(u"详细信息"_s, QDialogButtonBox::ActionRole);
+        unfold->setObjectName(u"BtnDetails"_s);
+        unfold->setCheckable(true);
+        connect(unfold, &QPushButton::toggled, this, &ErrorDialog::ShowDetails);
+    }
     auto *copy = buttons->addButton(u"复制"_s, QDialogButtonBox::ActionRole);
     copy->setObjectName(u"BtnCopy"_s);
     auto *ok = buttons->addButton(u"确定"_s, QDialogButtonBox::AcceptRole);
     ok->setObjectName(u"BtnOk"_s);
     ok->setDefault(true);
-    connect(unfold, &QPushButton::toggled, this, &ErrorDialog::ShowDetails);
     connect(copy, &QPushButton::clicked, this, &ErrorDialog::Copy);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
 

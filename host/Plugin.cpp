@@ -87,9 +87,12 @@ Function Plugin::Resolve(const char *symbol)
 {
     if (library_.fileName().isEmpty())
         throw EQelError(u"找不到插件 libQelLibAdmin.so。"_s);
+    if (!library_.isLoaded() && !library_.load())
+        throw EQelError(u"无法装入插件 %1：%2"_s.arg(library_.fileName(), library_.errorString()));
     const auto function = reinterpret_cast<Function>(library_.resolve(symbol));
     if (!function)
-        throw EQelError(u"不能使用插件 %1：%2"_s.arg(library_.fileName(), library_.errorString()));
+        throw EQelError(
+            u"插件 %1 没有函数 %2。"_s.arg(library_.fileName(), QString::fromLatin1(symbol)));
     return function;
 }
 

@@ -82,8 +82,7 @@ int Run(QApplication &application, const Options &options)
         QObject::connect(&tour, &Tour::Ended, &application, [](const QString &problem) {
             if (!problem.isEmpty())
                 std::fprintf(stderr, "%s\n", qUtf8Printable(problem));
-            // Dialogs may be open under a failed tour; nothing is left to be saved.
-            std::exit(problem.isEmpty() ? EXIT_SUCCESS : EXIT_FAILURE);
+            QApplication::exit(problem.isEmpty() ? EXIT_SUCCESS : EXIT_FAILURE);
         });
         tour.Start();
     }

@@ -30,6 +30,7 @@ class Library
 public:
     Library()
     {
+        CreateLibrarySide();
         CreateFormLibrary();
         CreateDataModule();
         RegisterForms();

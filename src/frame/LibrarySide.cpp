@@ -52,6 +52,11 @@ void Report(const QString &text)
 
 } // namespace
 
+void CreateLibrarySide()
+{
+    Side();
+}
+
 QWidget *Application()
 {
     Globals &side = Side();

@@ -8,6 +8,9 @@ namespace Qel {
 
 // The library's one set of globals. User-interface thread only; written at load and by LibInit.
 
+/// Makes the globals. At load, before the object that ends them: they have to outlive it.
+void CreateLibrarySide();
+
 /// Owner of the screens: the host's main window after LibInit, before that (or when the host has
 /// destroyed it) a widget of the library's own that is never shown.
 QWidget *Application();
