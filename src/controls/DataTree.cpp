@@ -51,7 +51,6 @@ DataTree::DataTree(QWidget *parent)
 {
     SetUpRowView(*this);
     setHeader(header_);
-    header_->setStretchLastSection(false);
     setUniformRowHeights(true);
     setAllColumnsShowFocus(true);
     setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -2,8 +2,10 @@
 
 #include "controls/GridSheet.h"
 
+#include <QGuiApplication>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QToolTip>
 
 namespace Qel {
@@ -24,6 +26,25 @@ GridHeader::GridHeader(QWidget *parent)
     setMinimumSectionSize(LeastSectionWidth);
     setTextElideMode(Qt::ElideRight);
     setDefaultAlignment(Qt::AlignCenter);
+    connect(this, &QHeaderView::sectionResized, this, &GridHeader::FillRoom);
+    connect(this, &QHeaderView::sectionMoved, this, &GridHeader::FillRoom);
+}
+
+/// Qt's own stretching would also shrink the last column when the others need the room.
+void GridHeader::FillRoom()
+{
+    const bool dragged = QGuiApplication::mouseButtons() != Qt::NoButton;
+    if (dragged || filling_)
+        return;
+    const QScopedValueRollback guard(filling_, true);
+    setStretchLastSection(false); // gives the column its own width back
+    setStretchLastSection(length() < viewport()->width());
+}
+
+void GridHeader::resizeEvent(QResizeEvent *event)
+{
+    QHeaderView::resizeEvent(event);
+    FillRoom();
 }
 
 void GridHeader::SetLeastHeight(int height)

@@ -6,7 +6,8 @@
 namespace Qel {
 
 /// A flat column header: one colour, captions elided with the full text as tooltip, columns
-/// movable and resizable, least height in device-independent pixels that grows with the font.
+/// movable and resizable; the last column takes the room that is left over. Least height in
+/// device-independent pixels that grows with the font.
 class GridHeader : public QHeaderView
 {
     Q_OBJECT
@@ -24,8 +25,12 @@ protected:
     void paintSection(QPainter *painter, const QRect &rect, int logicalIndex) const override;
     void paintEvent(QPaintEvent *event) override;
     bool viewportEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void FillRoom();
+
+    bool filling_ = false;
     int leastHeight_ = 22;
     QColor color_;
 };

@@ -1,38 +1,56 @@
 #include "controls/MemoEdit.h"
 
-#include <QScopedValueRollback>
-#include <QTextBlock>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QTextCursor>
 #include <QTextDocument>
+
+#include <limits>
 
 namespace Qel {
 
-MemoEdit::MemoEdit(QWidget *parent)
-    : QPlainTextEdit(parent)
+namespace {
+
+bool InsertsCharacter(const QKeyEvent &event)
 {
-    connect(document(), &QTextDocument::contentsChange, this,
-            [this](int position, int, int added) { CutInsertion(position, added); });
+    const bool shortcut = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
+    const bool newLine = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    const QString text = event.text();
+    return newLine || (!shortcut && !text.isEmpty() && text.front().isPrint());
 }
 
-void MemoEdit::SetMaxLength(int maxLength)
-{
-    maxLength_ = maxLength;
-    CutInsertion(0, int(toPlainText().size()));
-}
+} // namespace
 
-void MemoEdit::CutInsertion(int position, int added)
+int MemoEdit::Room() const
 {
+    if (maxLength_ <= 0)
+        return std::numeric_limits<int>::max();
+    const QTextCursor cursor = textCursor();
+    const int selected = cursor.selectionEnd() - cursor.selectionStart();
     // The document counts a closing paragraph mark that is no part of the text.
-    const int over = document()->characterCount() - 1 - maxLength_;
-    if (cutting_ || maxLength_ <= 0 || over <= 0)
-        return;
-    const QScopedValueRollback guard(cutting_, true);
-    const int end = qMin(position + added, document()->characterCount() - 1);
-    QTextCursor cursor(document());
-    cursor.joinPreviousEditBlock();
-    cursor.setPosition(end);
-    cursor.setPosition(qMax(0, end - over), QTextCursor::KeepAnchor);
-    cursor.removeSelectedText();
-    cursor.endEditBlock();
+    return qMax(0, maxLength_ - (document()->characterCount() - 1 - selected));
+}
+
+void MemoEdit::keyPressEvent(QKeyEvent *event)
+{
+    if (InsertsCharacter(*event) && Room() == 0)
+        event->accept();
+    else
+        QPlainTextEdit::keyPressEvent(event);
+}
+
+void MemoEdit::inputMethodEvent(QInputMethodEvent *event)
+{
+    event->setCommitString(event->commitString().left(Room()), event->replacementStart(),
+                           event->replacementLength());
+    QPlainTextEdit::inputMethodEvent(event);
+}
+
+void MemoEdit::insertFromMimeData(const QMimeData *source)
+{
+    QMimeData fitting;
+    fitting.setText(source->text().left(Room()));
+    QPlainTextEdit::insertFromMimeData(&fitting);
 }
 
 } // namespace Qel

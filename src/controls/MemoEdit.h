@@ -4,24 +4,29 @@
 
 namespace Qel {
 
-/// A plain memo that holds at most maxLength characters (0: any number). What is typed or pasted
-/// beyond the limit is cut off at the place where it goes in; the text around it stays.
+/// A plain memo into which at most maxLength characters go (0: any number). What the user types,
+/// pastes or composes beyond that is cut off at its end; the text around it stays. A longer text
+/// set by code is shown whole.
 class MemoEdit : public QPlainTextEdit
 {
     Q_OBJECT
     Q_PROPERTY(int maxLength READ MaxLength WRITE SetMaxLength)
 
 public:
-    explicit MemoEdit(QWidget *parent = nullptr);
+    using QPlainTextEdit::QPlainTextEdit;
 
     int MaxLength() const { return maxLength_; }
-    void SetMaxLength(int maxLength);
+    void SetMaxLength(int maxLength) { maxLength_ = maxLength; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    void insertFromMimeData(const QMimeData *source) override;
 
 private:
-    void CutInsertion(int position, int added);
+    int Room() const; ///< characters that still go in, with the selection given up
 
     int maxLength_ = 0;
-    bool cutting_ = false;
 };
 
 } // namespace Qel

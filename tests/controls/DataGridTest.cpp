@@ -299,9 +299,9 @@ private slots:
     void ColumnsComeFromALayout()
     {
         DataGrid grid;
-        QVERIFY(grid.setProperty("columns", QStringList{u"A|甲|55"_s}));
+        QVERIFY(grid.setProperty("columns", QStringList{u"A|甲|55"_s, u"B|乙|60"_s}));
         QCOMPARE(grid.columnWidth(0), 55);
-        QCOMPARE(grid.Columns(), (QStringList{u"A|甲|55||"_s}));
+        QCOMPARE(grid.Columns(), (QStringList{u"A|甲|55||"_s, u"B|乙|60||"_s}));
     }
 
     void CopiesTheCellAndTheRow()

@@ -236,7 +236,8 @@ private slots:
             name->insert(QString(200, u'名'));
             QCOMPARE(name->text().size(), 24);
             auto *remark = Child<MemoEdit>(dialog, u"cxREMARK"_s);
-            remark->insertPlainText(QString(90, u'甲'));
+            remark->setPlainText(QString(90, u'甲'));
+            remark->moveCursor(QTextCursor::End);
             QGuiApplication::clipboard()->setText(QString(50, u'乙'));
             remark->paste();
             QCOMPARE(remark->toPlainText(), QString(90, u'甲') + QString(10, u'乙'));
