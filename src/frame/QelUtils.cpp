@@ -80,7 +80,7 @@ QString DateRangeCondition(const QString &fieldName, const QDateTime &from, cons
         return fieldName + u" >= "_s + ToDateSQL(from);
     if (!hasFrom && hasTo)
         return fieldName + u" <= "_s + DateLiteral(to.date(), EndOfDay());
-    const auto [low, high] = std::minmax(from.date(), to.date());
+    const auto [low, high] = std::minmax({from.date(), to.date()});
     return fieldName + u" between "_s + DateLiteral(low, QTime(0, 0)) + u" and "_s +
            DateLiteral(high, EndOfDay());
 }
