@@ -25,6 +25,7 @@ enum class TModalResult { None, Ok, Cancel };
 class TFrmBaseForm : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(bool handlerRunning READ IsHandlerRunning)
 
 public:
     explicit TFrmBaseForm(QWidget *owner = nullptr);

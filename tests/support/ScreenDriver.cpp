@@ -1,7 +1,5 @@
 #include "support/ScreenDriver.h"
 
-#include "frame/BaseForm.h"
-
 #include <QApplication>
 #include <QEvent>
 #include <QInputMethodEvent>
@@ -108,8 +106,8 @@ void ModalVisitor::VisitWhenReady(QPointer<QWidget> window)
     // From the window's own event loop, which starts after it is shown; not inside the queries
     // of its FormShow, when nobody could press anything yet.
     QTimer::singleShot(1, this, [this, window] {
-        const auto *form = qobject_cast<const TFrmBaseForm *>(window.data());
-        if (form && form->IsHandlerRunning())
+        // By name: the form may be one of a module's.
+        if (window && window->property("handlerRunning").toBool())
             return VisitWhenReady(window);
         visited_ = true;
         if (window)

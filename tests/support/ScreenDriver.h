@@ -41,8 +41,9 @@ void Press(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::N
 void Press(const QObject *root, const QString &name, Qt::Key key);
 
 /// Runs `visit` inside the event loop of the next modal window that appears, once it is shown.
-/// `visit` has to close the window, or the opener waits until the test's time-out. Several visits
-/// are served in the order given. Ends the test if the object dies unserved.
+/// `visit` has to close the window, or the opener waits until the test's time-out. One at a time:
+/// make the visitor of a second dialog inside the first visit. Ends the test if the object dies
+/// unserved.
 class ModalVisitor : public QObject
 {
     Q_OBJECT
