@@ -40,13 +40,16 @@ std::optional<Wire::PostAnswer> KeptAnswer(Store::Connection &connection, const 
 void KeepAnswer(Store::Connection &connection, const QString &key, const QString &bodyHash,
                 const Wire::PostAnswer &answer)
 {
-    const QDateTime now = QDateTime::currentDateTime();
-    connection.Run("DELETE FROM SRV_IDEMPOTENCY WHERE CREATED < ?1",
-                   {Store::DateText(now.addSecs(-KeptHours * 3600))});
     connection.Run("INSERT INTO SRV_IDEMPOTENCY (KEY, BODY_HASH, ANSWER, CREATED)"
                    " VALUES (?1, ?2, ?3, ?4)",
                    {key, bodyHash, QString::fromUtf8(Wire::Encode(answer, Wire::Format::Json)),
-                    Store::DateText(now)});
+                    Store::DateText(QDateTime::currentDateTime())});
+}
+
+void DropExpiredKeys(Store::Connection &connection)
+{
+    const QDateTime oldest = QDateTime::currentDateTime().addSecs(-KeptHours * 3600);
+    connection.Run("DELETE FROM SRV_IDEMPOTENCY WHERE CREATED < ?1", {Store::DateText(oldest)});
 }
 
 Wire::PostAnswer RunRows(Store::Connection &connection, const Store::Operator &user,
@@ -93,6 +96,7 @@ Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &u
     const QString key = QString::fromLatin1(post.key);
     const QString bodyHash = BodyHash(user, post.body);
     if (!key.isEmpty()) {
+        DropExpiredKeys(connection);
         if (auto kept = KeptAnswer(connection, key, bodyHash))
             return *kept;
     }
