@@ -1,0 +1,195 @@
+#include "HttpLine.h"
+
+#include "sql/SqliteFunctions.h"
+#include "store/Credentials.h"
+#include "store/Database.h"
+#include "store/Schema.h"
+#include "wire/Wire.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+using namespace Qel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Organisations = 100'000;
+constexpr int RegionCount = 1'000; // 100 organisations each
+constexpr int PageSize = 50;
+constexpr int Rounds = 301;
+constexpr char Credential[] = "bench:0123456789abcdef0123456789abcdef";
+
+struct Case
+{
+    const char *name;
+    QString sql;
+    double goal;
+};
+
+const Case Cases[]{
+    {"LIKE filter that scans",
+     u"SELECT A.* FROM (SELECT * FROM BAS_ORG ) A WHERE 1=1  AND ((UPPER(A.ORG_CODE) like '%中医%') "
+     "or (UPPER(A.ORG_NAME) like '%中医%') or (UPPER(A.ORG_ABBR) like '%中医%') or "
+     "(UPPER(A.ORG_NAME_PY) like '%中医%')) ORDER BY A.ORG_NAME "_s,
+     1.1},
+    {"indexed condition", u"SELECT * FROM BAS_ORG WHERE REGION_ID='000123' ORDER BY ORG_NAME "_s,
+     3.0},
+};
+
+void Fill(const QString &url)
+{
+    const auto database = Store::Database::Open(url);
+    const auto connection = database->OpenWriter();
+    Store::CreateSchema(*connection);
+    Store::Transaction transaction(*connection);
+    const auto insert = connection->Prepare(
+        "INSERT INTO BAS_ORG (ORG_ID, ORG_CODE, ORG_NAME, ORG_ABBR, ORG_NAME_PY, ORG_TYPE,"
+        " REGION_ID) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+    const QStringList kinds{u"人民医院"_s, u"中医院"_s, u"妇幼保健院"_s, u"中心卫生院"_s,
+                            u"大药房"_s};
+    for (int at = 0; at < Organisations; ++at) {
+        const QString id = QString::number(200'000 + at);
+        const QString &kind = kinds[at % kinds.size()];
+        insert->Bind(1, id);
+        insert->Bind(2, u'H' + id);
+        insert->Bind(3, u"第%1区%2"_s.arg(at / 5).arg(kind));
+        insert->Bind(4, kind);
+        insert->Bind(5, u"DQRMYY"_s);
+        insert->Bind(6, u"4"_s);
+        insert->Bind(7, u"%1"_s.arg(at % RegionCount, 6, 10, u'0'));
+        insert->Step();
+        insert->Reset();
+    }
+    connection->Run("INSERT INTO USR_USER (USER_ID, USER_CODE, USER_NAME, ORG_ID)"
+                    " VALUES ('600001', 'bench', '测量员', '200000')");
+    Store::SetToken(*connection, u"bench"_s, QByteArray(Credential).mid(6));
+    transaction.Commit();
+}
+
+QByteArray Request(const QByteArray &line, const QByteArray &body)
+{
+    return line + " HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " +
+           QByteArray(Credential).toBase64() +
+           "\r\nAccept: application/cbor\r\nContent-Type: application/cbor\r\nContent-Length: " +
+           QByteArray::number(body.size()) + "\r\n\r\n" + body;
+}
+
+/// A statement prepared once and run with every column read, as a program on the database library
+/// alone would do it.
+class Direct
+{
+public:
+    Direct(sqlite3 *database, const std::string &sql)
+    {
+        if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK)
+            qFatal("%s", sqlite3_errmsg(database));
+    }
+    ~Direct() { sqlite3_finalize(statement_); }
+    Q_DISABLE_COPY_MOVE(Direct)
+
+    size_t Run()
+    {
+        size_t bytes = 0;
+        while (sqlite3_step(statement_) == SQLITE_ROW) {
+            for (int column = 0; column < sqlite3_column_count(statement_); ++column) {
+                if (sqlite3_column_text(statement_, column))
+                    bytes += size_t(sqlite3_column_bytes(statement_, column));
+            }
+        }
+        sqlite3_reset(statement_);
+        return bytes;
+    }
+
+private:
+    sqlite3_stmt *statement_ = nullptr;
+};
+
+template <typename Function>
+double Microseconds(Function function)
+{
+    QElapsedTimer timer;
+    timer.start();
+    function();
+    return double(timer.nsecsElapsed()) / 1000.0;
+}
+
+double Median(std::vector<double> values)
+{
+    std::ranges::nth_element(values, values.begin() + qsizetype(values.size()) / 2);
+    return values[values.size() / 2];
+}
+
+bool Measure(const Case &test, sqlite3 *database, Bench::HttpLine &line)
+{
+    const Sql::CompiledQuery compiled =
+        Sql::Compile(test.sql.toUtf8(), Store::SchemaCatalog(), Sql::Dialect::Sqlite);
+    Direct page(database, compiled.Page(PageSize, 0));
+    Direct count(database, compiled.count);
+    const QByteArray query =
+        Request("POST /NorvaneSelectServlet",
+                Wire::Encode(Wire::QueryRequest{test.sql, 1, PageSize, 2}, Wire::Format::Cbor));
+    const QByteArray empty = Request("GET /healthz", {});
+
+    std::vector<double> served;
+    std::vector<double> direct;
+    std::vector<double> trips;
+    for (int round = 0; round < Rounds; ++round) {
+        served.push_back(Microseconds([&] { line.Ask(query); }));
+        direct.push_back(Microseconds([&] {
+            page.Run();
+            count.Run();
+        }));
+        trips.push_back(Microseconds([&] { line.Ask(empty); }));
+    }
+    const double peer = Median(direct) + Median(trips);
+    const double ratio = Median(served) / peer;
+    std::printf("%-26s %10.0f us %10.0f us %8.0f us %8.2f <= %4.1f  %s\n", test.name,
+                Median(served), Median(direct), Median(trips), ratio, test.goal,
+                ratio <= test.goal ? "met" : "MISSED");
+    return ratio <= test.goal;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"bench.sqlite"_s);
+    Fill(u"sqlite:"_s + file);
+
+    QProcess server;
+    server.setStandardErrorFile(QProcess::nullDevice());
+    server.start(QStringLiteral(QEL_SERVER_PROGRAM),
+                 {u"--database"_s, u"sqlite:"_s + file, u"--listen"_s, u"127.0.0.1:0"_s});
+    server.waitForReadyRead();
+    const QByteArray announced = server.readLine().trimmed();
+    const quint16 port = announced.mid(announced.lastIndexOf(':') + 1).toUShort();
+
+    sqlite3 *database = nullptr;
+    sqlite3_open_v2(file.toUtf8().constData(), &database, SQLITE_OPEN_READONLY, nullptr);
+    Sql::PrepareSqliteConnection(database);
+    std::printf("a page of %d of %d rows with its total; medians of %d rounds in turn\n", PageSize,
+                Organisations, Rounds);
+    std::printf("%-26s %13s %13s %11s %8s\n", "", "server", "two statements", "empty trip",
+                "ratio");
+    bool met = true;
+    {
+        Bench::HttpLine line(port);
+        for (const Case &test : Cases)
+            met = Measure(test, database, line) && met;
+    }
+    sqlite3_close(database);
+    server.terminate();
+    server.waitForFinished();
+    return met ? 0 : 2;
+}
