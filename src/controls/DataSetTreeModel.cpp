@@ -1,6 +1,6 @@
 #include "controls/DataSetTreeModel.h"
 
-#include <QHash>
+#include "dataset/ByteHash.h"
 
 #include <bit>
 #include <utility>
@@ -9,7 +9,28 @@ namespace Qel {
 
 namespace {
 
-/// Maps key bytes to nodes: open addressing in two flat arrays, no allocation per key.
+/// Hashes the keys of one model; made once, the seed is not fetched for every key.
+class KeyHash
+{
+public:
+    quint32 operator()(QByteArrayView key) const
+    {
+        ByteHash hash = seed_;
+        hash.Add(key);
+        return hash.Value();
+    }
+
+private:
+    ByteHash seed_;
+};
+
+quint64 StampOf(quint32 keyHash, quint32 parentHash)
+{
+    return (quint64(keyHash) << 32) | parentHash;
+}
+
+/// Maps key bytes to nodes: open addressing in one flat array, no allocation per key. Kept small,
+/// up to three quarters full: a table that leaves the cache costs more than a longer search.
 class KeyTable
 {
 public:
@@ -17,30 +38,30 @@ public:
         : dataSet_(dataSet)
         , field_(field)
         , recNos_(recNos)
-        , mask_(std::bit_ceil(size_t(count) * 2 + 1) - 1)
-        , slots_(mask_ + 1, Slot{0, -1})
+        , mask_(quint32(std::bit_ceil(size_t(count) * 4 / 3 + 2) - 1))
+        , slots_(size_t(mask_) + 1, Slot{0, -1})
     {
     }
 
-    void Add(QByteArrayView key, size_t hash, int node)
+    void Add(QByteArrayView key, quint32 hash, int node)
     {
-        size_t at = Seek(key, hash);
-        if (slots_[at].node < 0)
-            slots_[at] = {hash, node};
+        Slot &slot = slots_[Seek(key, hash)];
+        if (slot.node < 0)
+            slot = {hash, node};
     }
 
-    int Find(QByteArrayView key, size_t hash) const { return slots_[Seek(key, hash)].node; }
+    int Find(QByteArrayView key, quint32 hash) const { return slots_[Seek(key, hash)].node; }
 
 private:
     struct Slot
     {
-        size_t hash;
+        quint32 hash;
         int node;
     };
 
-    size_t Seek(QByteArrayView key, size_t hash) const
+    size_t Seek(QByteArrayView key, quint32 hash) const
     {
-        size_t at = hash & mask_;
+        quint32 at = hash & mask_;
         while (slots_[at].node >= 0) {
             if (slots_[at].hash == hash &&
                 dataSet_.BytesAt(recNos_[size_t(slots_[at].node)], field_) == key)
@@ -53,18 +74,19 @@ private:
     const ClientDataSet &dataSet_;
     int field_;
     const std::vector<int> &recNos_;
-    size_t mask_;
+    quint32 mask_;
     std::vector<Slot> slots_;
 };
 
-size_t Combine(size_t keyHash, size_t parentHash)
-{
-    return keyHash * 0x9E3779B97F4A7C15ULL + parentHash;
-}
-
-/// Makes every node that lies on a cycle top-level. Each node is walked over once.
+/// Makes every node that lies on a cycle top-level. Each node is walked over once; a table in which
+/// parents stand before their children has none, and need not be walked.
 void BreakCycles(std::vector<int> &parents)
 {
+    bool parentsFirst = true;
+    for (int node = 0; node < int(parents.size()); ++node)
+        parentsFirst = parentsFirst && parents[size_t(node)] < node;
+    if (parentsFirst)
+        return;
     std::vector<int> walkOf(parents.size(), -1);
     for (int start = 0; start < int(parents.size()); ++start) {
         int node = start;
@@ -161,13 +183,6 @@ void DataSetTreeModel::SetCaption(int column, const QString &caption)
 
 // --- Shape ---------------------------------------------------------------------------------------
 
-size_t DataSetTreeModel::StampOf(int recNo, int keyField, int parentField) const
-{
-    const ClientDataSet &dataSet = *cells_.DataSet();
-    return Combine(qHash(dataSet.BytesAt(recNo, keyField)),
-                   qHash(dataSet.BytesAt(recNo, parentField)));
-}
-
 /// The parent node of every node, from the dataset as it is. `childless` takes no children: its
 /// key counts as not present.
 std::vector<int> DataSetTreeModel::FindParents(int childless)
@@ -181,22 +196,31 @@ std::vector<int> DataSetTreeModel::FindParents(int childless)
         return parents;
 
     const int count = int(nodes_.size());
+    const KeyHash hashOf;
     KeyTable keys(*dataSet, keyField, recNos_, count);
     for (int recNo = 0; recNo < count; ++recNo) {
         const int node = nodes_[size_t(recNo)];
         const QByteArrayView key = dataSet->BytesAt(recNo, keyField);
-        const size_t hash = qHash(key);
-        stamps_[size_t(node)] = hash;
+        const quint32 hash = hashOf(key);
+        stamps_[size_t(node)] = StampOf(hash, 0);
         if (!key.isEmpty() && node != childless)
             keys.Add(key, hash, node);
     }
+    // Siblings mostly stand together; each run of them looks its parent up once.
+    QByteArrayView last;
+    quint32 lastHash = hashOf(last);
+    int lastParent = -1;
     for (int recNo = 0; recNo < count; ++recNo) {
         const int node = nodes_[size_t(recNo)];
         const QByteArrayView key = dataSet->BytesAt(recNo, parentField);
-        const size_t hash = qHash(key);
-        stamps_[size_t(node)] = Combine(stamps_[size_t(node)], hash);
-        if (!key.isEmpty() && key != rootValue_)
-            parents[size_t(node)] = keys.Find(key, hash);
+        if (key != last) {
+            last = key;
+            lastHash = hashOf(key);
+            const bool namesParent = !key.isEmpty() && key != rootValue_;
+            lastParent = namesParent ? keys.Find(key, lastHash) : -1;
+        }
+        stamps_[size_t(node)] |= lastHash;
+        parents[size_t(node)] = lastParent;
     }
     BreakCycles(parents);
     return parents;
@@ -214,11 +238,12 @@ TreeShape DataSetTreeModel::ShapeOf(std::vector<int> parents) const
         ++shape.firstChild[size_t(parents[size_t(node)] + 2)];
     for (size_t i = 1; i < shape.firstChild.size(); ++i)
         shape.firstChild[i] += shape.firstChild[i - 1];
-    std::vector<int> filled(size + 1, 0);
+    std::vector<int> next = shape.firstChild; // where the next child of a parent goes
     for (const int node : nodes_) {
         const size_t parent = size_t(parents[size_t(node)] + 1);
-        shape.row[size_t(node)] = filled[parent];
-        shape.children[size_t(shape.firstChild[parent] + filled[parent]++)] = node;
+        const int place = next[parent]++;
+        shape.row[size_t(node)] = place - shape.firstChild[parent];
+        shape.children[size_t(place)] = node;
     }
     shape.parent = std::move(parents);
     return shape;
@@ -327,8 +352,10 @@ void DataSetTreeModel::RowChanged(int recNo)
     const ClientDataSet &dataSet = *cells_.DataSet();
     const int keyField = dataSet.FieldIndex(keyField_);
     const int parentField = dataSet.FieldIndex(parentField_);
+    const KeyHash hashOf;
     if (keyField >= 0 && parentField >= 0 &&
-        StampOf(recNo, keyField, parentField) != stamps_[size_t(node)])
+        StampOf(hashOf(dataSet.BytesAt(recNo, keyField)),
+                hashOf(dataSet.BytesAt(recNo, parentField))) != stamps_[size_t(node)])
         Relayout(FindParents(-1));
     if (columnCount() > 0)
         emit dataChanged(IndexOfNode(node), IndexOfNode(node, columnCount() - 1));

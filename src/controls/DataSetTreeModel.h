@@ -71,7 +71,6 @@ private:
     int NodeAt(int recNo) const; ///< -1 outside the table
     QModelIndex IndexOfNode(int node, int column = 0) const;
 
-    size_t StampOf(int recNo, int keyField, int parentField) const;
     std::vector<int> FindParents(int childless);
     TreeShape ShapeOf(std::vector<int> parents) const;
     void Rebuild();
@@ -94,7 +93,7 @@ private:
     TreeShape shape_;
     std::vector<int> recNos_;            ///< node -> recNo, -1: removed
     std::vector<int> nodes_;             ///< recNo -> node
-    std::vector<size_t> stamps_;         ///< node -> hash over its key and parent as they were read
+    std::vector<quint64> stamps_;        ///< node -> hash over its key and parent as they were read
     mutable std::vector<int> positions_; ///< node -> place in tree order; empty: not counted yet
 
     int insertFirst_ = -1;
