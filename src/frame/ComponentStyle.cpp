@@ -150,11 +150,9 @@ constexpr bool (*rules[])(QWidget *, TData_Module &) = {
 template <class Each>
 void ForOwnedWidgets(const QWidget *owner, Each each)
 {
-    const QObjectList owned = owner->children();
-    for (QObject *child : owned) {
-        if (child->isWidgetType())
-            each(static_cast<QWidget *>(child));
-    }
+    const auto owned = owner->findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    for (QWidget *child : owned)
+        each(child);
 }
 
 } // namespace

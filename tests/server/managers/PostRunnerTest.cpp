@@ -141,9 +141,11 @@ private slots:
         TestDatabase site;
         const QByteArray key = "11111111-2222-3333-4444-555555555555";
         Run(site, DeleteMember(), key);
-        site.Connection().Run("UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','-71 hours')");
+        site.Connection().Run(
+            "UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','localtime','-71 hours')");
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"1"_s);
-        site.Connection().Run("UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','-100 hours')");
+        site.Connection().Run(
+            "UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','localtime','-100 hours')");
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"0"_s);
         QCOMPARE(Logged(site), 1);
     }
