@@ -25,7 +25,6 @@ namespace {
 constexpr int Organisations = 100'000;
 constexpr int RegionCount = 1'000; // 100 organisations each
 constexpr int PageSize = 50;
-constexpr int Rounds = 301;
 constexpr char Credential[] = "bench:0123456789abcdef0123456789abcdef";
 
 struct Case
@@ -33,6 +32,7 @@ struct Case
     const char *name;
     QString sql;
     double goal;
+    int rounds; ///< fewer where a round takes tenths of a second
 };
 
 const Case Cases[]{
@@ -40,7 +40,7 @@ const Case Cases[]{
      u"SELECT A.* FROM (SELECT * FROM BAS_ORG ) A WHERE 1=1  AND ((UPPER(A.ORG_CODE) like '%中医%') "
      "or (UPPER(A.ORG_NAME) like '%中医%') or (UPPER(A.ORG_ABBR) like '%中医%') or "
      "(UPPER(A.ORG_NAME_PY) like '%中医%')) ORDER BY A.ORG_NAME "_s,
-     1.1},
+     1.1, 31},
     {"indexed condition", u"SELECT * FROM BAS_ORG WHERE REGION_ID='000123' ORDER BY ORG_NAME "_s,
      3.0},
 };
@@ -59,13 +59,15 @@ void Fill(const QString &url)
     for (int at = 0; at < Organisations; ++at) {
         const QString id = QString::number(200'000 + at);
         const QString &kind = kinds[at % kinds.size()];
-        insert->Bind(1, id);
-        insert->Bind(2, u'H' + id);
-        insert->Bind(3, u"第%1区%2"_s.arg(at / 5).arg(kind));
-        insert->Bind(4, kind);
-        insert->Bind(5, u"DQRMYY"_s);
-        insert->Bind(6, u"4"_s);
-        insert->Bind(7, u"%1"_s.arg(at % RegionCount, 6, 10, u'0'));
+        const QStringList row{id,
+                              u'H' + id,
+                              u"第%1区%2"_s.arg(at / 5).arg(kind),
+                              kind,
+                              u"DQRMYY"_s,
+                              u"4"_s,
+                              u"%1"_s.arg(at % RegionCount, 6, 10, QChar(u'0'))};
+        for (int column = 0; column < row.size(); ++column)
+            insert->Bind(column + 1, row[column]);
         insert->Step();
         insert->Reset();
     }
@@ -142,7 +144,7 @@ bool Measure(const Case &test, sqlite3 *database, Bench::HttpLine &line)
     std::vector<double> served;
     std::vector<double> direct;
     std::vector<double> trips;
-    for (int round = 0; round < Rounds; ++round) {
+    for (int round = 0; round < test.rounds; ++round) {
         served.push_back(Microseconds([&] { line.Ask(query); }));
         direct.push_back(Microseconds([&] {
             page.Run();
@@ -178,8 +180,8 @@ int main(int argc, char *argv[])
     sqlite3 *database = nullptr;
     sqlite3_open_v2(file.toUtf8().constData(), &database, SQLITE_OPEN_READONLY, nullptr);
     Sql::PrepareSqliteConnection(database);
-    std::printf("a page of %d of %d rows with its total; medians of %d rounds in turn\n", PageSize,
-                Organisations, Rounds);
+    std::printf("a page of %d of %d rows with its total; medians of rounds in turn\n", PageSize,
+                Organisations);
     std::printf("%-26s %13s %13s %11s %8s\n", "", "server", "two statements", "empty trip",
                 "ratio");
     bool met = true;

@@ -120,10 +120,7 @@ auto TFrmBaseForm::Bound(Handler handler)
 {
     if constexpr (std::is_member_function_pointer_v<Handler>) {
         using Form = typename Handlers::ClassOf<Handler>::Type;
-        return [form = static_cast<Form *>(this), handler]<typename... Arguments>(
-                   Arguments &&...arguments)
-            requires std::is_invocable_v<Handler, Form *, Arguments...>
-        { return std::invoke(handler, form, std::forward<Arguments>(arguments)...); };
+        return Handlers::BoundMember<Form, Handler>{static_cast<Form *>(this), handler};
     } else {
         return handler;
     }

@@ -51,4 +51,19 @@ struct ClassOf<Result (Class::*)(Arguments...) const>
     using Type = Class;
 };
 
+/// A method bound to its object, callable with whatever the method takes.
+template <typename Class, typename Method>
+struct BoundMember
+{
+    Class *object;
+    Method method;
+
+    template <typename... Arguments>
+    requires std::is_invocable_v<Method, Class *, Arguments...>
+    auto operator()(Arguments &&...arguments) const
+    {
+        return std::invoke(method, object, std::forward<Arguments>(arguments)...);
+    }
+};
+
 } // namespace Qel::Handlers
