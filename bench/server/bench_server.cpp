@@ -42,7 +42,7 @@ const Case Cases[]{
      "(UPPER(A.ORG_NAME_PY) like '%中医%')) ORDER BY A.ORG_NAME "_s,
      1.1, 31},
     {"indexed condition", u"SELECT * FROM BAS_ORG WHERE REGION_ID='000123' ORDER BY ORG_NAME "_s,
-     3.0},
+     3.0, 301},
 };
 
 void Fill(const QString &url)
