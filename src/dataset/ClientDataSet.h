@@ -73,6 +73,7 @@ public:
     // Any visible row, by position; empty and null where there is no such row or field, so that a
     // view that paints between two signals is never an error.
     QString TextAt(int recNo, int field) const;
+    QString TextAt(int recNo, QStringView field) const { return TextAt(recNo, FieldIndex(field)); }
     QByteArrayView BytesAt(int recNo, int field) const; ///< UTF-8, valid until the next change
     bool IsNullAt(int recNo, int field) const;
 

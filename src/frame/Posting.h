@@ -11,6 +11,16 @@ namespace Qel {
 /// stands in the shared result list.
 QString PostRow(const QString &manager, const QString &method, const Wire::NamedValues &values);
 
+/// The same for several rows in one post, which is stored as a whole or not at all unless the
+/// method says otherwise. Returns the result code of the first row.
+QString PostRows(const QString &manager, const QString &method,
+                 const QList<Wire::NamedValues> &rows);
+
+/// How many result rows the last post was answered with, and the code of one (empty if there is
+/// none): for methods that answer row by row.
+int PostedCount();
+QString PostedCode(int index);
+
 /// A key that the server made for row `index` of the last post; empty if it made none.
 QString PostedValue(QStringView name, int index = 0);
 

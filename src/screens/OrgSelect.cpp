@@ -6,6 +6,7 @@
 #include "frame/OrgTypes.h"
 #include "frame/QelUtils.h"
 #include "frame/QueryPage.h"
+#include "frame/Ticks.h"
 #include "ui_OrgSelect.h"
 
 namespace Qel {
@@ -45,7 +46,8 @@ TFrmOrgSelect::TFrmOrgSelect(QWidget *owner)
     Handle(ui_->BtnSelect, &QPushButton::clicked, &TFrmOrgSelect::BtnSelectClick);
     Handle(ui_->BtnCancel, &QPushButton::clicked, [this] { SetModalResult(TModalResult::Cancel); });
     Handle(ui_->PageGuide1, &TPageGuide::ChangePage, &TFrmOrgSelect::PageGuide1ChangePage);
-    Handle(ui_->PageGuide1, &TPageGuide::SelectAll, &TFrmOrgSelect::PageGuide1SelectAll);
+    Handle(ui_->PageGuide1, &TPageGuide::SelectAll,
+           [this](bool checked) { TickAll(cdsQuery, checked); });
     Handle(ui_->GridQueryView, &DataGrid::RowActivated, select);
     Handle(ui_->GridQueryView, &DataGrid::RowDoubleClicked, select);
     Handle(&cdsQuery, &ClientDataSet::Changed,
@@ -82,16 +84,11 @@ void TFrmOrgSelect::PageGuide1ChangePage()
     FocusAfterQuery(ui_->PageGuide1->RecordCount() >= 1, ui_->GridQueryView, ui_->edOrg);
 }
 
-void TFrmOrgSelect::PageGuide1SelectAll(bool checked)
-{
-    SetAllFieldValue(cdsQuery, checked, u"SELECTED"_s, u"1"_s, u"0"_s);
-}
-
 void TFrmOrgSelect::BtnSelectClick()
 {
     if (cdsQuery.IsEmpty())
         return;
-    if (MultiSelect && cdsQuery.Find(u"SELECTED", {u"1"_s}) < 0)
+    if (MultiSelect && TickedRows(cdsQuery).isEmpty())
         return InfoBox(u"请勾选要选择的记录！"_s, u"提示"_s);
     if (!MultiSelect)
         TakeCurrentRow();

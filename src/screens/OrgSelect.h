@@ -53,7 +53,6 @@ protected:
 
 private:
     void PageGuide1ChangePage();
-    void PageGuide1SelectAll(bool checked);
     void BtnSelectClick();
 
     void TakeCurrentRow();

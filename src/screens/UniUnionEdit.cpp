@@ -67,8 +67,7 @@ TUnionHandOver UnionOfCurrentRow(const ClientDataSet &unions)
         .unionId = field(u"Union_ID"),
         .parentId = parentId,
         .parentCode = code.left(parentLength),
-        .parentName =
-            parent < 0 ? QString() : unions.TextAt(parent, unions.FieldIndexOrThrow(u"Union_NAME")),
+        .parentName = parent < 0 ? QString() : unions.TextAt(parent, u"Union_NAME"),
         .code = code.mid(parentLength),
         .name = field(u"Union_NAME"),
         .type = field(u"Union_TYPE"),

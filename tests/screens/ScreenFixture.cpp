@@ -4,6 +4,7 @@
 #include "frame/DataModule.h"
 #include "frame/LibrarySide.h"
 
+#include <QDir>
 #include <QFile>
 
 namespace Qel::Test {
@@ -12,17 +13,25 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Every text of every file in the folder; a name that two files give ends the test.
 QHash<QString, QString> ReadExpected()
 {
     QHash<QString, QString> texts;
-    QFile file(QStringLiteral(QEL_SCREEN_TEST_DATA "/expected.txt"));
-    if (!file.open(QIODevice::ReadOnly))
-        FailTest(u"cannot read "_s + file.fileName());
-    const QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
-    for (const QString &line : lines) {
-        const qsizetype quote = line.indexOf(u'"');
-        if (quote > 0 && !line.startsWith(u'#'))
-            texts.insert(line.left(quote).trimmed(), line.mid(quote + 1).chopped(1));
+    const QDir folder(QStringLiteral(QEL_SCREEN_TEST_DATA));
+    for (const QString &name : folder.entryList({u"*.txt"_s})) {
+        QFile file(folder.filePath(name));
+        if (!file.open(QIODevice::ReadOnly))
+            FailTest(u"cannot read "_s + file.fileName());
+        const QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+        for (const QString &line : lines) {
+            const qsizetype quote = line.indexOf(u'"');
+            if (quote <= 0 || line.startsWith(u'#'))
+                continue;
+            const QString key = line.left(quote).trimmed();
+            if (texts.contains(key))
+                FailTest(u"two expected texts "_s + key);
+            texts.insert(key, line.mid(quote + 1).chopped(1));
+        }
     }
     return texts;
 }

@@ -9,10 +9,10 @@
 
 namespace Qel::Test {
 
-/// The text of that name in data/expected.txt; ends the test if there is none.
+/// The text of that name in the files data/*.txt; ends the test if there is none.
 QString Expected(const QString &name);
 
-/// "UNION_ID=11|LAST_USER=王敏": a posted row as expected.txt writes it.
+/// "UNION_ID=11|LAST_USER=王敏": a posted row as those files write it.
 QString RowText(const Wire::NamedValues &row);
 
 /// "Warning|警告|text|Ok": icon, caption, text and default button of a box.
