@@ -35,6 +35,8 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN01-modify-group", u"ADMIN01", {u"UniModify"}},
     {u"ADMIN01-region", u"ADMIN01", {u"UniModify", u"edRegionName"}},
     {u"ADMIN01-organisation", u"ADMIN01", {u"UniModify", u"edMasterOrgName"}},
+    {u"ADMIN01-member-types", u"ADMIN01", {u"ActMemberType"}},
+    {u"ADMIN01-rules", u"ADMIN01", {u"ActRuleConfigure"}},
 };
 
 } // namespace

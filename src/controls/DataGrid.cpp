@@ -178,7 +178,9 @@ void DataGrid::keyPressEvent(QKeyEvent *event)
 {
     const QModelIndex current = currentIndex();
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (isEnter && state() != EditingState) {
+    if (isEnter && state() == EditingState) // it ends the editing and is not the window's as well
+        return;
+    if (isEnter) {
         event->setAccepted(current.isValid());
         if (current.isValid())
             emit RowActivated();
@@ -217,6 +219,38 @@ void DataGrid::TickRow(const QModelIndex &current)
         model_->setData(cell, int(checked ? Qt::Unchecked : Qt::Checked), Qt::CheckStateRole);
         return;
     }
+}
+
+// --- Editing -------------------------------------------------------------------------------------
+
+bool DataGrid::OpensEditor(const QModelIndex &index) const
+{
+    return model_->flags(index).testFlag(Qt::ItemIsEditable) &&
+           !header_->isSectionHidden(index.column());
+}
+
+void DataGrid::EditCell(QStringView field)
+{
+    FinishEditing();
+    setFocus();
+    QModelIndex cell = currentIndex();
+    if (!field.isEmpty())
+        cell = cell.siblingAtColumn(ColumnIndex(field));
+    for (int place = 0; !OpensEditor(cell) && field.isEmpty() && place < header_->count(); ++place)
+        cell = cell.siblingAtColumn(header_->logicalIndex(place));
+    if (!OpensEditor(cell))
+        return;
+    setCurrentIndex(cell);
+    edit(cell);
+}
+
+void DataGrid::FinishEditing()
+{
+    QWidget *editor = indexWidget(currentIndex());
+    if (!editor || state() != EditingState)
+        return;
+    commitData(editor);
+    closeEditor(editor, QAbstractItemDelegate::NoHint);
 }
 
 void DataGrid::CopyCell() const

@@ -53,6 +53,13 @@ public:
     void SetEmptyHint(const QString &hint); ///< shown in an open dataset without rows
     void ApplySheet(const GridSheet &sheet);
 
+    /// Takes the keyboard focus and opens the editor of a cell of the current row: of that field;
+    /// without one of the current cell, or else of the row's first cell that has an editor.
+    void EditCell(QStringView field = {});
+    /// What is being typed into a cell goes into the dataset and the editor closes. For commands
+    /// that read the dataset: whatever pressed them need not have taken the focus from the editor.
+    void FinishEditing();
+
     void CopyCell() const;
     void CopyRow() const; ///< visible columns in their order on the screen, separated by tabs
 
@@ -69,6 +76,7 @@ protected:
 private:
     void FitHeights();
     void DropDown(const QModelIndex &index);
+    bool OpensEditor(const QModelIndex &index) const;
     void TickRow(const QModelIndex &current);
 
     DataSetModel *model_;

@@ -11,6 +11,8 @@
 #include "frame/QueryPage.h"
 #include "frame/ResultMessages.h"
 #include "frame/TreeSearch.h"
+#include "screens/UniMemberType.h"
+#include "screens/UniRuleConfigure.h"
 #include "screens/UniUnionEdit.h"
 #include "ui_UniUnion.h"
 
@@ -74,8 +76,9 @@ TFrmUniUnion::TFrmUniUnion(QWidget *owner)
     Handle(ui_->UniModify, &QAction::triggered, &TFrmUniUnion::UniModifyExecute);
     Handle(ui_->UniDelete, &QAction::triggered, &TFrmUniUnion::UniDeleteExecute);
     Handle(ui_->OrgDelete, &QAction::triggered, &TFrmUniUnion::OrgDeleteExecute);
-    for (QAction *later : {ui_->ActMemberType, ui_->ActRuleConfigure, ui_->ActUniProduct,
-                           ui_->OrgNew, ui_->OrgModify})
+    Handle(ui_->ActMemberType, &QAction::triggered, &TFrmUniUnion::ActMemberTypeExecute);
+    Handle(ui_->ActRuleConfigure, &QAction::triggered, &TFrmUniUnion::ActRuleConfigureExecute);
+    for (QAction *later : {ui_->ActUniProduct, ui_->OrgNew, ui_->OrgModify})
         Handle(later, &QAction::triggered, [this, later] { ShowNotProvided(this, later->text()); });
 
     Handle(ui_->TreeGrid, &DataTree::FocusedNodeChanged, &TFrmUniUnion::TreeGridFocusedNodeChanged);
@@ -191,6 +194,18 @@ void TFrmUniUnion::UniDeleteExecute()
     ShowResultMessage(code, DeleteUnionMessages);
     if (code == u"1")
         cdsUnion.Delete();
+}
+
+void TFrmUniUnion::ActMemberTypeExecute()
+{
+    // The member grid shows the types' names and roles.
+    if (TfrmUniMemberType(this, FocusedUnionId()).ShowModal() == TModalResult::Ok)
+        LoadMembers(FocusedUnionId());
+}
+
+void TFrmUniUnion::ActRuleConfigureExecute()
+{
+    TFrmUniRuleConfigure(this, FocusedUnionId()).ShowModal();
 }
 
 void TFrmUniUnion::OrgDeleteExecute()

@@ -38,6 +38,8 @@ private:
     void UniModifyExecute();
     void UniDeleteExecute();
     void OrgDeleteExecute();
+    void ActMemberTypeExecute();
+    void ActRuleConfigureExecute();
     void TreeGridFocusedNodeChanged();
     void TreeGridSearch();
 

@@ -8,6 +8,7 @@
 #include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -193,6 +194,77 @@ private slots:
         grid_->setCurrentIndex(grid_->model()->index(2, 1));
         QTest::keyClick(grid_.get(), Qt::Key_Space);
         QCOMPARE(dataSet_->TextAt(2, 3), u"1"_s);
+    }
+
+    void EnterInAnEditorDoesNotPressTheDefaultButtonBesides()
+    {
+        QDialog dialog;
+        QVBoxLayout layout(&dialog);
+        layout.addWidget(grid_.get());
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        QSignalSpy accepted(&dialog, &QDialog::accepted);
+        QSignalSpy finished(&dialog, &QDialog::finished);
+        QPushButton button(&dialog);
+        button.setDefault(true);
+        connect(&button, &QPushButton::clicked, &dialog, &QDialog::accept);
+        grid_->EditCell(u"ORG_NAME");
+        auto *editor = grid_->findChild<QLineEdit *>(u"cellEditor"_s);
+        QVERIFY(editor);
+        editor->setText(u"仁心"_s);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QTRY_COMPARE(dataSet_->TextAt(0, 1), u"仁心"_s);
+        QCOMPARE(accepted.size() + finished.size(), 0);
+        layout.removeWidget(grid_.get());
+        grid_->setParent(nullptr);
+    }
+
+    void OpensTheEditorOfTheCellThatIsAskedFor_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("opened"); // column, -1: none
+        QTest::newRow("a field") << u"org_name"_s << 0 << 1;
+        QTest::newRow("the current cell") << u""_s << 3 << 3;
+        QTest::newRow("the first that has an editor") << u""_s << 0 << 1;
+        QTest::newRow("a tick has none") << u"SELECTED"_s << 1 << -1;
+        QTest::newRow("a hidden one") << u"ORG_ID"_s << 1 << -1;
+        QTest::newRow("no such field") << u"NONE"_s << 1 << -1;
+    }
+    void OpensTheEditorOfTheCellThatIsAskedFor()
+    {
+        QFETCH(QString, field);
+        QFETCH(int, from);
+        QFETCH(int, opened);
+        Show();
+        grid_->setCurrentIndex(grid_->model()->index(1, from));
+        grid_->EditCell(field);
+        QCOMPARE(bool(grid_->findChild<QWidget *>(u"cellEditor"_s)), opened >= 0);
+        QCOMPARE(grid_->currentIndex(), grid_->model()->index(1, opened < 0 ? from : opened));
+    }
+
+    void OpensNoEditorInAnEmptyTable()
+    {
+        Show();
+        dataSet_->Close();
+        grid_->EditCell();
+        grid_->EditCell(u"ORG_NAME");
+        QVERIFY(!grid_->findChild<QWidget *>(u"cellEditor"_s));
+    }
+
+    void FinishingEditingTakesWhatWasTyped()
+    {
+        Show();
+        grid_->FinishEditing(); // nothing to finish
+        grid_->EditCell(u"ORG_NAME");
+        auto *editor = grid_->findChild<QLineEdit *>(u"cellEditor"_s);
+        QVERIFY(editor);
+        editor->setText(u"仁心"_s);
+        grid_->FinishEditing();
+        QCOMPARE(dataSet_->TextAt(0, 1), u"仁心"_s);
+        QVERIFY(grid_->hasFocus());
+        grid_->FinishEditing();
+        QCOMPARE(dataSet_->TextAt(0, 1), u"仁心"_s);
     }
 
     void TextIsEditedInPlaceWithinTheFieldsSize()

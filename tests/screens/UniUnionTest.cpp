@@ -3,6 +3,8 @@
 #include "controls/DataGrid.h"
 #include "controls/DataTree.h"
 #include "screens/ScreenFixture.h"
+#include "screens/UniMemberType.h"
+#include "screens/UniRuleConfigure.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -421,11 +423,53 @@ private slots:
         QCOMPARE(screen.Grid().Model()->rowCount(), 2);
     }
 
+    void MemberTypesOpenForTheFocusedGroupAndOnOkTheMembersAreReloaded_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<int>("reloads");
+        QTest::newRow("saved") << u"BtnOk"_s << 1;
+        QTest::newRow("cancelled") << u"BtnClose"_s << 0;
+    }
+    void MemberTypesOpenForTheFocusedGroupAndOnOkTheMembersAreReloaded()
+    {
+        QFETCH(QString, button);
+        QFETCH(int, reloads);
+        Screen screen;
+        screen.Query();
+        screen.Focus(u"11"_s);
+        screen.server.OnQuery(u"uni_Org_type"_s)
+            .Answer(Rows({u"ORG_TYPE_ID"_s, u"LAST_OPERATE"_s}, {{u"T1"_s, u"1"_s}}));
+        screen.server.OnPost(u"insert_update_UniOrgType"_s).Code(u"1"_s);
+        screen.server.ClearRecords();
+        ModalVisitor visitor([&](QWidget *dialog) {
+            QCOMPARE(dialog->windowTitle(), u"成员类型维护"_s);
+            QCOMPARE(screen.server.Statements(), QStringList{UniMemberTypeSql(u"11"_s)});
+            Click(dialog, button);
+        });
+        Trigger(&screen.form, u"ActMemberType"_s);
+        QCOMPARE(screen.server.Statements().mid(1),
+                 QStringList(reloads, UniUnionSql::Members(u"11"_s)));
+    }
+
+    void RulesOpenForTheFocusedGroup()
+    {
+        Screen screen;
+        screen.Query();
+        screen.Focus(u"11"_s);
+        screen.server.OnQuery(u"UNI_Union_RULE"_s).Answer(Rows({u"RULE_CODE"_s}, {}));
+        screen.server.ClearRecords();
+        ModalVisitor visitor([&](QWidget *dialog) {
+            QCOMPARE(dialog->windowTitle(), u"集团项目规则设置"_s);
+            Click(dialog, u"BtnOk"_s);
+        });
+        Trigger(&screen.form, u"ActRuleConfigure"_s);
+        QCOMPARE(screen.server.Statements(), QStringList{UniRuleSql::Rules(u"11"_s)});
+    }
+
     void DialogsToComeSayThatTheyAreNotProvided_data()
     {
         QTest::addColumn<QString>("action");
-        for (const char *name :
-             {"OrgNew", "OrgModify", "ActRuleConfigure", "ActUniProduct", "ActMemberType"})
+        for (const char *name : {"OrgNew", "OrgModify", "ActUniProduct"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void DialogsToComeSayThatTheyAreNotProvided()

@@ -36,8 +36,10 @@ QString Null()
 RowSet Rows(const QStringList &columns, const QList<QStringList> &rows)
 {
     FieldDefs fields;
-    for (const QString &column : columns)
-        fields.append({column, FieldType::Text, 0});
+    for (const QString &column : columns) {
+        const QStringList parts = column.split(u':');
+        fields.append({parts[0], FieldType::Text, parts.value(1).toInt()});
+    }
     RowSetBuilder builder(fields);
     for (const QStringList &row : rows) {
         if (row.size() != columns.size())

@@ -18,7 +18,8 @@ class QTcpSocket;
 
 namespace Qel::Test {
 
-/// A small table: text columns and rows of texts, in the order of the columns. Null() is NULL.
+/// A small table: text columns and rows of texts, in the order of the columns. "NAME:40" bounds a
+/// column's size; Null() is NULL.
 RowSet Rows(const QStringList &columns, const QList<QStringList> &rows);
 QString Null(); ///< a cell of Rows that is NULL rather than an empty text
 
