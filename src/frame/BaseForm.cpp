@@ -88,6 +88,12 @@ void TFrmBaseForm::SetCancelButton(QAbstractButton *button)
     cancelButton_ = button;
 }
 
+void TFrmBaseForm::AllowMaximize()
+{
+    canBeMaximized_ = true;
+    formTitle_->AllowMaximize();
+}
+
 void TFrmBaseForm::MakeEmbedded()
 {
     embedded_ = true;
@@ -105,7 +111,8 @@ TModalResult TFrmBaseForm::ShowModal()
 {
     Q_ASSERT(!loop_);
     QWidget *owner = parentWidget();
-    setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
+    setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint |
+                   (canBeMaximized_ ? Qt::WindowMaximizeButtonHint : Qt::WindowFlags()));
     setWindowModality(Qt::ApplicationModal);
     setContentsMargins(1, FormTitle::Height, 1, 1);
     formTitle_->setGeometry(0, 0, width(), FormTitle::Height);
@@ -258,7 +265,8 @@ bool TFrmBaseForm::MoveOnByEnter()
 void TFrmBaseForm::mousePressEvent(QMouseEvent *event)
 {
     const Qt::Edges edges = EdgesAt(event->position().toPoint(), size());
-    if (isWindow() && edges && event->button() == Qt::LeftButton && windowHandle())
+    if (isWindow() && !isMaximized() && edges && event->button() == Qt::LeftButton &&
+        windowHandle())
         windowHandle()->startSystemResize(edges);
     QWidget::mousePressEvent(event);
 }

@@ -61,6 +61,9 @@ protected:
     void SetFormParam(const QString &value) { formParam_ = value; }
     /// The button that Esc presses in a dialog; without one Esc does nothing.
     void SetCancelButton(QAbstractButton *button);
+    /// Lets the user fill the screen with the dialog: by a button of the title bar, by a double
+    /// click on the bar, by the window system. Called once, in the constructor.
+    void AllowMaximize();
 
     /// Connects a signal to a handler through the door. The handler is a method of the form or a
     /// callable; it takes as many of the signal's arguments as it likes.
@@ -110,6 +113,7 @@ private:
     TModalResult modalResult_ = TModalResult::None;
     int running_ = 0;
     bool embedded_ = false;
+    bool canBeMaximized_ = false;
     bool wasShown_ = false;
     bool inFormShow_ = false;
     bool closeWaits_ = false;

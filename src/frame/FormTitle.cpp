@@ -16,29 +16,61 @@ namespace {
 constexpr int TextLeft = 10;
 constexpr int TextRight = 75;
 constexpr int FontPixels = 13;
-constexpr int CloseSize = 17;
-constexpr int CloseRight = 6;
+constexpr int ButtonSize = 17;
+constexpr int ButtonRight = 6;
+constexpr int ButtonGap = 4;
 
 constexpr QRgb BarTop = 0xff5b8be0;
 constexpr QRgb BarBottom = 0xff316ac5;
 constexpr QRgb BarEdge = 0xff1f4c97;
-constexpr QRgb CloseUnderMouse = 0xffe2574c;
-constexpr QRgb ClosePressed = 0xffb5382e;
 constexpr QRgb Navy = 0xff000080;
 
-/// A cross on the bar; red under the mouse, darker while pressed.
-class CloseButton : public QAbstractButton
+/// What a button of the bar is: its name, its ground under the mouse and pressed, its sign.
+struct ButtonKind
+{
+    QStringView name;
+    QRgb underMouse;
+    QRgb pressed;
+    void (*paintSign)(QPainter &painter, const QRectF &room, bool maximized);
+};
+
+constexpr ButtonKind Close{u"BtnFormTitleClose", 0xffe2574c, 0xffb5382e,
+                           [](QPainter &painter, const QRectF &room, bool) {
+                               painter.drawLine(room.topLeft(), room.bottomRight());
+                               painter.drawLine(room.topRight(), room.bottomLeft());
+                           }};
+
+constexpr ButtonKind Maximize{u"BtnFormTitleMaximize", 0xff7fa6ec, 0xff1f4c97,
+                              [](QPainter &painter, const QRectF &room, bool maximized) {
+                                  if (!maximized)
+                                      return painter.drawRect(room);
+                                  painter.drawRect(room.adjusted(0, 2, -2, 0));
+                                  painter.drawPolyline(
+                                      QPolygonF{room.topLeft() + QPointF(2, 0), room.topRight(),
+                                                room.bottomRight() - QPointF(0, 2)});
+                              }};
+
+} // namespace
+
+/// A white sign on the bar, on a ground of its own while it is under the mouse or pressed.
+class TitleButton : public QAbstractButton
 {
 public:
-    explicit CloseButton(QWidget *parent)
+    TitleButton(QWidget *parent, const ButtonKind &kind, const QString &hint)
         : QAbstractButton(parent)
+        , kind_(kind)
     {
-        setObjectName(u"BtnFormTitleClose"_s);
-        setToolTip(u"关闭"_s);
-        setAccessibleName(u"关闭"_s);
+        setObjectName(kind.name.toString());
+        SetHint(hint);
         setFocusPolicy(Qt::NoFocus);
         setCursor(Qt::ArrowCursor);
-        setFixedSize(CloseSize, CloseSize);
+        setFixedSize(ButtonSize, ButtonSize);
+    }
+
+    void SetHint(const QString &hint)
+    {
+        setToolTip(hint);
+        setAccessibleName(hint);
     }
 
 protected:
@@ -46,27 +78,26 @@ protected:
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        const bool hot = underMouse() || isDown();
-        if (hot) {
+        if (underMouse() || isDown()) {
             painter.setPen(Qt::NoPen);
-            painter.setBrush(QColor::fromRgba(isDown() ? ClosePressed : CloseUnderMouse));
+            painter.setBrush(QColor::fromRgba(isDown() ? kind_.pressed : kind_.underMouse));
             painter.drawRoundedRect(rect(), 3, 3);
         }
+        painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(Qt::white, 1.8, Qt::SolidLine, Qt::RoundCap));
-        const QRectF cross = QRectF(rect()).adjusted(5, 5, -5, -5);
-        painter.drawLine(cross.topLeft(), cross.bottomRight());
-        painter.drawLine(cross.topRight(), cross.bottomLeft());
+        kind_.paintSign(painter, QRectF(rect()).adjusted(5, 5, -5, -5), window()->isMaximized());
     }
 
     void enterEvent(QEnterEvent *) override { update(); }
     void leaveEvent(QEvent *) override { update(); }
-};
 
-} // namespace
+private:
+    const ButtonKind &kind_;
+};
 
 FormTitle::FormTitle(QWidget *parent)
     : QWidget(parent)
-    , close_(new CloseButton(this))
+    , close_(new TitleButton(this, Close, u"关闭"_s))
 {
     setObjectName(u"FormTitle"_s);
     setFixedHeight(Height);
@@ -77,6 +108,18 @@ void FormTitle::SetText(const QString &text)
 {
     text_ = text;
     update();
+}
+
+void FormTitle::AllowMaximize()
+{
+    maximize_ = new TitleButton(this, Maximize, u"最大化"_s);
+    connect(maximize_, &QAbstractButton::clicked, this, &FormTitle::ToggleMaximized);
+    parentWidget()->installEventFilter(this);
+}
+
+void FormTitle::ToggleMaximized()
+{
+    parentWidget()->setWindowState(parentWidget()->windowState() ^ Qt::WindowMaximized);
 }
 
 QSize FormTitle::sizeHint() const
@@ -108,7 +151,12 @@ void FormTitle::paintEvent(QPaintEvent *)
 
 void FormTitle::resizeEvent(QResizeEvent *)
 {
-    close_->move(width() - CloseSize - CloseRight, (Height - CloseSize) / 2);
+    int right = width() - ButtonRight;
+    for (TitleButton *button : {close_, maximize_}) {
+        if (button)
+            button->move(right - ButtonSize, (Height - ButtonSize) / 2);
+        right -= ButtonSize + ButtonGap;
+    }
 }
 
 void FormTitle::mousePressEvent(QMouseEvent *event)
@@ -123,8 +171,22 @@ void FormTitle::mousePressEvent(QMouseEvent *event)
 
 void FormTitle::mouseMoveEvent(QMouseEvent *event)
 {
-    if (event->buttons().testFlag(Qt::LeftButton) && parentWidget()->isWindow() && !grip_.isNull())
+    if (event->buttons().testFlag(Qt::LeftButton) && parentWidget()->isWindow() &&
+        !parentWidget()->isMaximized() && !grip_.isNull())
         parentWidget()->move(event->globalPosition().toPoint() - grip_);
+}
+
+void FormTitle::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (maximize_ && event->button() == Qt::LeftButton)
+        ToggleMaximized();
+}
+
+bool FormTitle::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == parentWidget() && event->type() == QEvent::WindowStateChange)
+        maximize_->SetHint(parentWidget()->isMaximized() ? u"还原"_s : u"最大化"_s);
+    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace Qel

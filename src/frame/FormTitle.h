@@ -2,12 +2,14 @@
 
 #include <QWidget>
 
-class QAbstractButton;
-
 namespace Qel {
+
+class TitleButton;
 
 /// The skinned title bar of every screen: 25 pixels high, the caption left in bold 13-pixel white
 /// with a navy shadow, a close button (hint "关闭") right. Dragging it moves a window of its own.
+/// It may have a button left of that one, which fills the screen with the window and back again
+/// (hints "最大化" and "还原"); then a double click on the bar does the same.
 class FormTitle : public QWidget
 {
     Q_OBJECT
@@ -19,6 +21,7 @@ public:
 
     const QString &Text() const { return text_; }
     void SetText(const QString &text);
+    void AllowMaximize();
     QSize sizeHint() const override;
 
 signals:
@@ -29,11 +32,16 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void ToggleMaximized();
+
     QString text_;
-    QAbstractButton *close_;
-    QPoint grip_; ///< where the window was taken hold of, from its corner
+    TitleButton *close_;
+    TitleButton *maximize_ = nullptr; ///< if the window can be maximised
+    QPoint grip_;                     ///< where the window was taken hold of, from its corner
 };
 
 } // namespace Qel

@@ -23,11 +23,15 @@ void QueryPage(const QString &sql, ClientDataSet &target, TPageGuide &pages)
                                                           target, TQueryType::List));
 }
 
-void FocusAfterQuery(bool found, QWidget *list, QWidget *filter)
+void FocusIfPossible(QWidget *widget)
 {
-    QWidget *widget = found ? list : filter;
     if (widget->isVisible() && widget->isEnabled())
         widget->setFocus();
+}
+
+void FocusAfterQuery(bool found, QWidget *list, QWidget *filter)
+{
+    FocusIfPossible(found ? list : filter);
 }
 
 } // namespace Qel

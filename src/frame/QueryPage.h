@@ -17,8 +17,10 @@ void QueryAll(const QString &sql, ClientDataSet &target, TQueryType type);
 /// the bar.
 void QueryPage(const QString &sql, ClientDataSet &target, TPageGuide &pages);
 
-/// Puts the focus into `list` after a query that found rows, else into `filter`; a control that
-/// cannot take the focus now (hidden, disabled) is left alone.
+/// Puts the focus into a control, unless that cannot take it now (hidden, disabled).
+void FocusIfPossible(QWidget *widget);
+
+/// The same for `list` after a query that found rows, else for `filter`.
 void FocusAfterQuery(bool found, QWidget *list, QWidget *filter);
 
 } // namespace Qel

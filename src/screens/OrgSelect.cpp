@@ -16,12 +16,8 @@ using namespace Qt::StringLiterals;
 QString OrgSelectSql(const QString &baseSql, bool multiSelect, const TOrgFilter &filter)
 {
     QString sql = (multiSelect ? u"SELECT '0' AS SELECTED,A.* FROM ("_s : u"SELECT A.* FROM ("_s) +
-                  baseSql + u") A WHERE 1=1 "_s;
-    if (const QString text = filter.text.trimmed(); !text.isEmpty()) {
-        QString like;
-        LikeFilter(u" A.ORG_CODE,A.ORG_NAME,A.ORG_ABBR,A.ORG_NAME_PY "_s, text, like);
-        sql += u" AND "_s + like;
-    }
+                  baseSql + u") A WHERE 1=1 "_s +
+                  AndLike(u" A.ORG_CODE,A.ORG_NAME,A.ORG_ABBR,A.ORG_NAME_PY "_s, filter.text);
     if (filter.typeText.trimmed() != AllOrgTypes)
         sql += u" and A.ORG_TYPE= "_s + Quoted(filter.typeValue);
     return sql + u" ORDER BY A.ORG_NAME "_s;

@@ -36,17 +36,11 @@ constexpr ResultMessage DeleteOrgMessages[]{
 
 QString UniUnionSql::Groups(const QString &filter)
 {
-    QString sql = u" SELECT A.*,    B.FULL_NAME AS REGION_NAME,    C.ORG_NAME AS MASTER_ORGNAME "
-                  " FROM UNI_UNION A,       BAS_REGION B,       BAS_ORG C "
-                  " WHERE A.REGION_ID=B.REGION_ID(+)    AND A.MASTER_ORGID=C.ORG_ID(+) "
-                  "   AND A.LAST_OPERATE <> 'D' "_s;
-    const QString text = filter.trimmed();
-    if (!text.isEmpty()) {
-        QString like;
-        LikeFilter(u"A.UNION_CODE, A.UNION_NAME, "_s, text, like);
-        sql += u" AND "_s + like;
-    }
-    return sql + u"ORDER BY A.Union_CODE"_s;
+    return u" SELECT A.*,    B.FULL_NAME AS REGION_NAME,    C.ORG_NAME AS MASTER_ORGNAME "
+           " FROM UNI_UNION A,       BAS_REGION B,       BAS_ORG C "
+           " WHERE A.REGION_ID=B.REGION_ID(+)    AND A.MASTER_ORGID=C.ORG_ID(+) "
+           "   AND A.LAST_OPERATE <> 'D' "_s +
+           AndLike(u"A.UNION_CODE, A.UNION_NAME, "_s, filter) + u"ORDER BY A.Union_CODE"_s;
 }
 
 QString UniUnionSql::Members(const QString &unionId)

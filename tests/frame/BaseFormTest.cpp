@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -62,6 +63,7 @@ public:
         resize(300, 300);
     }
 
+    using TFrmBaseForm::AllowMaximize;
     using TFrmBaseForm::Handle;
     using TFrmBaseForm::HandleKey;
 
@@ -145,6 +147,8 @@ private slots:
     void DialogEndsWhenItsOwnerGoes();
     void EscPressesTheCancelButton();
     void EscDoesNothingWhileTheCancelButtonIsDisabled();
+    void DialogIsMaximizedOnlyIfItAllowsThat();
+    void DoubleClickOnTheBarMaximizesAndRestores();
     void EnterMovesToTheNextControl();
     void EnterPressesTheFocusedButton();
     void EnterStaysInMemoAndList();
@@ -438,6 +442,36 @@ void BaseFormTest::EscDoesNothingWhileTheCancelButtonIsDisabled()
         form.close();
     });
     QVERIFY(stayed);
+}
+
+void BaseFormTest::DialogIsMaximizedOnlyIfItAllowsThat()
+{
+    Form form;
+    Modal(form, [&] {
+        QVERIFY(!form.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+        QVERIFY(!form.findChild<QAbstractButton *>(u"BtnFormTitleMaximize"_s));
+        QTest::mouseDClick(form.findChild<FormTitle *>(), Qt::LeftButton);
+        QVERIFY(!form.isMaximized());
+    });
+}
+
+void BaseFormTest::DoubleClickOnTheBarMaximizesAndRestores()
+{
+    Form form;
+    form.AllowMaximize();
+    Modal(form, [&] {
+        QVERIFY(form.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+        const auto *button = form.findChild<QAbstractButton *>(u"BtnFormTitleMaximize"_s);
+        QCOMPARE(button->toolTip(), u"最大化"_s);
+        auto *bar = form.findChild<FormTitle *>();
+        const QSize before = form.size();
+        QTest::mouseDClick(bar, Qt::LeftButton);
+        QTRY_COMPARE(form.size(), form.screen()->availableSize());
+        QCOMPARE(button->toolTip(), u"还原"_s);
+        QTest::mouseDClick(bar, Qt::LeftButton);
+        QTRY_COMPARE(form.size(), before);
+        QCOMPARE(button->toolTip(), u"最大化"_s);
+    });
 }
 
 void BaseFormTest::EnterMovesToTheNextControl()

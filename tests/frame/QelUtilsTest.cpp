@@ -160,6 +160,13 @@ private slots:
         QTEST(result, "expected");
     }
 
+    void AndLikeIsAConditionOnlyForATextThatSaysSomething()
+    {
+        QCOMPARE(AndLike(u"a,b"_s, u" x "_s),
+                 u" AND ((UPPER(a) like '%X%') or (UPPER(b) like '%X%'))"_s);
+        QCOMPARE(AndLike(u"a,b"_s, u"  "_s), QString());
+    }
+
     // --- Select all ----------------------------------------------------------------------------
 
     void SetAllFieldValueSetsEveryRowAndKeepsTheCurrentOne_data()
