@@ -70,20 +70,26 @@ public:
             query->relations.push_back(BindSource(source));
         BindWhere(select, scope);
         scope.clause = Clause::GroupBy;
-        for (const auto &value : select.groupBy)
+        for (const auto &value : select.groupBy) {
             query->groupBy.push_back(Value(*value, scope));
+            CheckLength(query->groupBy, value->begin);
+        }
         query->grouped = !query->groupBy.empty();
         scope.clause = Clause::Select;
-        for (const Syntax::Item &item : select.items)
+        for (const Syntax::Item &item : select.items) {
             BindItem(item, scope);
+            CheckLength(query->outputs, item.begin);
+        }
         if (select.having) {
             query->grouped = true;
             scope.clause = Clause::Having;
             query->having = Condition(*select.having, scope);
         }
         scope.clause = Clause::OrderBy;
-        for (const Syntax::Order &order : select.orderBy)
+        for (const Syntax::Order &order : select.orderBy) {
             query->orderBy.push_back(BindOrder(order, scope));
+            CheckLength(query->orderBy, order.value->begin);
+        }
         if (query->grouped)
             CheckGrouping(*query, select);
         return query->rowLimit ? Limited(std::move(query), select.begin) : query;
@@ -92,6 +98,13 @@ public:
     std::vector<std::string> TakeTables() { return std::move(tables_); }
 
 private:
+    template <typename List>
+    void CheckLength(const List &list, qsizetype position) const
+    {
+        if (list.size() > static_cast<size_t>(limits_.maxColumns))
+            throw ESqlError("sql.limit", position, u"列超过 %1 个"_s.arg(limits_.maxColumns));
+    }
+
     // --- FROM
 
     std::unique_ptr<Relation> BindSource(const Syntax::Source &source)
@@ -174,7 +187,8 @@ private:
         conjuncts.push_back(std::move(conjunct));
     }
 
-    /// ROWNUM <= n. Rows are numbered before they are sorted, so this cuts the unsorted rows.
+    /// ROWNUM <= n. Rows are numbered before they are sorted, so this cuts the unsorted rows: the
+    /// first in the order in which they were stored, or in that of an ordered sub-select.
     bool BindRowLimit(const Syntax::Expression &condition, Scope &scope)
     {
         if (condition.kind != Syntax::Kind::Compare)
@@ -395,8 +409,10 @@ private:
         if (name.qualifier.empty() && !name.marked) {
             if (name.text == "SYSDATE")
                 return FunctionNode(Fn::SysDate, Type::Date, {});
-            if (name.text == "ROWNUM" && scope.clause == Clause::Select && !scope.insideAggregate)
+            if (name.text == "ROWNUM" && scope.clause == Clause::Select && !scope.insideAggregate) {
+                scope.query->numbersRows = true;
                 return FunctionNode(Fn::RowNumber, Type::Integer, {});
+            }
         }
         const std::string whole =
             name.qualifier.empty() ? name.text : name.qualifier + "." + name.text;

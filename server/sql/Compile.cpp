@@ -41,8 +41,9 @@ CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect
 
     CompiledQuery compiled;
     CompleteOrder(query, dialect);
-    compiled.all = PrintAll(query, dialect);
     compiled.ordered = PrintOrdered(query, dialect);
+    // Rows that tie shall stand the same way, paged or not; who states no order pays for none.
+    compiled.all = query.orderBy.empty() ? PrintUnordered(query, dialect) : compiled.ordered;
     compiled.count = PrintCount(query, dialect);
     for (const Output &output : query.outputs) {
         compiled.fields.push_back({QString::fromStdString(output.label),

@@ -25,8 +25,11 @@ enum class Dialect { Sqlite, PostgreSql };
 struct Limits
 {
     int maxTextBytes = 1 << 20;
-    int maxDepth = 60;  ///< of nested brackets, sub-selects and operators
-    int maxTables = 40; ///< over all sub-selects
+    /// Of nested brackets, sub-selects and operators. A guard of this code's own recursion: some
+    /// kinds of nesting are too deep for the database before, which says so itself.
+    int maxDepth = 60;
+    int maxTables = 40;    ///< over all sub-selects
+    int maxColumns = 1000; ///< of one select list, GROUP BY or ORDER BY
     int maxLiterals = 50000;
 };
 
@@ -35,7 +38,7 @@ struct Limits
 /// nothing is to be bound.
 struct CompiledQuery
 {
-    std::string all;   ///< every row, in the statement's own order
+    std::string all;   ///< every row; in the order of the pages if the statement states one
     std::string count; ///< one row with one integer: how many rows `all` gives
 
     /// Rows `offset` + 1 to `offset` + `limit` of one total order that agrees with the statement's

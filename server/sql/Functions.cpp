@@ -36,7 +36,7 @@ struct Template
 
 // The QEL_ functions are registered on SQLite connections; for PostgreSQL they are part of the
 // database. An empty text that a function could give is turned into NULL.
-constexpr std::array<Template, 32> templates = {{
+constexpr std::array<Template, 30> templates = {{
     {Fn::Upper, "QEL_UPPER($1)", "UPPER($1)"},
     {Fn::Lower, "QEL_LOWER($1)", "LOWER($1)"},
     {Fn::Trim, "NULLIF(TRIM($1),'')", {}},
@@ -50,7 +50,6 @@ constexpr std::array<Template, 32> templates = {{
     {Fn::Avg, "AVG($*)", {}},
     {Fn::Coalesce, "COALESCE($*)", {}},
     {Fn::Choose, "CASE WHEN $1 IS NOT NULL THEN $2 ELSE $3 END", {}},
-    {Fn::Concat, "NULLIF(COALESCE($1,'')||COALESCE($2,''),'')", {}},
     {Fn::Add, "($1 + $2)", {}},
     {Fn::Subtract, "($1 - $2)", {}},
     {Fn::Multiply, "($1 * $2)", {}},
@@ -69,7 +68,6 @@ constexpr std::array<Template, 32> templates = {{
     {Fn::Pad, "QEL_PAD($1,$2)", {}},
     {Fn::SysDate, "STRFTIME('%Y-%m-%d %H:%M:%S','now','localtime')",
      "TO_CHAR(LOCALTIMESTAMP,'YYYY-MM-DD HH24:MI:SS')"},
-    {Fn::RowNumber, "ROW_NUMBER() OVER ()", {}},
 }};
 
 } // namespace

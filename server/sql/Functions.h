@@ -29,7 +29,7 @@ enum class Fn {
     // what the binder makes of operators, casts and conversions
     Coalesce,
     Choose, ///< NVL2: first not NULL ? second : third
-    Concat,
+    Concat, ///< of two texts or more; has no template
     Add,
     Subtract,
     Multiply,
@@ -47,7 +47,7 @@ enum class Fn {
     Truncate, ///< a text to its first characters
     Pad,      ///< a text to exactly so many characters
     SysDate,
-    RowNumber,
+    RowNumber, ///< has no template
 };
 
 struct ClientFunction

@@ -2,9 +2,11 @@
 
 #include "sql/TotalOrder.h"
 
+#include <QScopedValueRollback>
 #include <QString>
 
 #include <algorithm>
+#include <initializer_list>
 
 using namespace Qt::StringLiterals;
 
@@ -42,9 +44,11 @@ public:
     std::string TakeText() { return std::move(out_); }
 
     enum class Labels { Given, Numbered };
+    enum class Ordering { None, Stated, Total };
 
-    void Print(const Query &query, Labels labels, bool ordered, bool tieBreak = false)
+    void Print(const Query &query, Labels labels, Ordering ordering)
     {
+        const QScopedValueRollback<const Query *> current(query_, &query);
         Put(query.distinct ? "SELECT DISTINCT " : "SELECT ");
         for (size_t i = 0; i < query.outputs.size(); ++i) {
             Put(i > 0 ? ", " : "");
@@ -68,8 +72,10 @@ public:
             Put(" HAVING ");
             Print(*query.having);
         }
-        if (ordered)
-            PrintOrder(query, tieBreak);
+        if (ordering == Ordering::Total || query.rowLimit) // which rows are cut is no accident
+            PrintOrder({&query.orderBy, &query.tieBreak});
+        else if (ordering == Ordering::Stated)
+            PrintOrder({&query.orderBy});
         if (query.rowLimit)
             Put(" LIMIT " + std::to_string(*query.rowLimit));
     }
@@ -83,7 +89,7 @@ public:
             return;
         }
         Put(" FROM (");
-        Print(query, Labels::Numbered, false);
+        Print(query, Labels::Numbered, Ordering::None);
         Put(") AS counted");
     }
 
@@ -101,7 +107,7 @@ private:
                 Put(dialect_ == Dialect::Sqlite ? " JOIN " : " CROSS JOIN ");
             if (relation.query) {
                 Put("(");
-                Print(*relation.query, Labels::Numbered, true);
+                Print(*relation.query, Labels::Numbered, Ordering::Stated);
                 Put(")");
             } else {
                 Put(Quoted(relation.table->name, '"'));
@@ -122,7 +128,8 @@ private:
         PrintConditions(query.where, Op::And);
     }
 
-    void PrintOrder(const Query &query, bool tieBreak)
+    /// The terms that order something, one list after the other.
+    void PrintOrder(std::initializer_list<const std::vector<OrderTerm> *> lists)
     {
         const char *separator = " ORDER BY ";
         const auto print = [&](const OrderTerm &term) {
@@ -143,9 +150,8 @@ private:
             if (term.nullsFirst != usual && CanBeNull(*term.value))
                 Put(term.nullsFirst ? " NULLS FIRST" : " NULLS LAST");
         };
-        std::for_each(query.orderBy.begin(), query.orderBy.end(), print);
-        if (tieBreak)
-            std::for_each(query.tieBreak.begin(), query.tieBreak.end(), print);
+        for (const std::vector<OrderTerm> *terms : lists)
+            std::for_each(terms->begin(), terms->end(), print);
     }
 
     void PrintList(const std::vector<NodePtr> &nodes, std::string_view separator, size_t from = 0)
@@ -186,7 +192,7 @@ private:
     void Print(const Node &node)
     {
         if (out_.size() > maxPrintedBytes)
-            throw ESqlError("sql.limit", 0, u"语句展开后过长"_s);
+            throw ESqlError("sql.limit", u"展开后过长"_s);
         const auto &arguments = node.arguments;
         switch (node.op) {
         case Op::Null:
@@ -273,7 +279,7 @@ private:
     void PrintSubSelect(const Node &node)
     {
         Put("(");
-        Print(*node.query, Labels::Numbered, true);
+        Print(*node.query, Labels::Numbered, Ordering::Stated);
         Put(")");
     }
 
@@ -290,6 +296,16 @@ private:
 
     void PrintFunction(const Node &node)
     {
+        if (node.fn == Fn::Concat) {
+            PrintConcatenation(node);
+            return;
+        }
+        if (node.fn == Fn::RowNumber) {
+            Put("ROW_NUMBER() OVER (");
+            PrintOrder({&query_->rowOrder});
+            Put(")");
+            return;
+        }
         const std::string_view text = FunctionTemplate(node.fn, dialect_);
         for (size_t i = 0; i < text.size(); ++i) {
             if (text[i] != '$') {
@@ -304,6 +320,20 @@ private:
                 Print(*node.arguments[static_cast<size_t>(text[i] - '1')]);
             }
         }
+    }
+
+    /// NULL is left out; where nothing remains the whole is NULL.
+    void PrintConcatenation(const Node &node)
+    {
+        const char *separator = "NULLIF(";
+        for (const NodePtr &part : node.arguments) {
+            Put(separator);
+            separator = "||";
+            Put("COALESCE(");
+            Print(*part);
+            Put(",'')");
+        }
+        Put(",'')");
     }
 
     void PrintCase(const Node &node)
@@ -330,21 +360,22 @@ private:
 
     Dialect dialect_;
     std::string out_;
+    const Query *query_ = nullptr; ///< that is being written
 };
 
 } // namespace
 
-std::string PrintAll(const Query &query, Dialect dialect)
+std::string PrintUnordered(const Query &query, Dialect dialect)
 {
     Printer printer(dialect);
-    printer.Print(query, Printer::Labels::Given, true);
+    printer.Print(query, Printer::Labels::Given, Printer::Ordering::None);
     return printer.TakeText();
 }
 
 std::string PrintOrdered(const Query &query, Dialect dialect)
 {
     Printer printer(dialect);
-    printer.Print(query, Printer::Labels::Given, true, true);
+    printer.Print(query, Printer::Labels::Given, Printer::Ordering::Total);
     return printer.TakeText();
 }
 

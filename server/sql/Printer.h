@@ -4,8 +4,8 @@
 
 namespace Qel::Sql {
 
-/// Every row, in the order of ORDER BY alone.
-std::string PrintAll(const Query &query, Dialect dialect);
+/// Every row, in whatever order the database finds them.
+std::string PrintUnordered(const Query &query, Dialect dialect);
 
 /// Every row, in a total order; CompleteOrder has been called.
 std::string PrintOrdered(const Query &query, Dialect dialect);

@@ -11,4 +11,11 @@ ESqlError::ESqlError(std::string code, qsizetype position, const QString &messag
 {
 }
 
+ESqlError::ESqlError(std::string code, const QString &message)
+    : EQelError(u"查询语句：%1"_s.arg(message))
+    , code_(std::move(code))
+    , position_(-1)
+{
+}
+
 } // namespace Qel::Sql

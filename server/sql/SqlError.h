@@ -13,15 +13,17 @@ namespace Qel::Sql {
 ///   sql.unknown_column no such column, or clients may not read it
 ///   sql.ambiguous      a name that fits several columns
 ///   sql.function       a function that is not on the list, or wrong arguments
-///   sql.value          a literal that is no date or number where one is needed
+///   sql.value          a literal or a stored value that is no date or number where one is needed
 ///   sql.limit          larger or deeper than Limits allows
 class ESqlError : public EQelError
 {
 public:
     ESqlError(std::string code, qsizetype position, const QString &message);
+    ESqlError(std::string code, const QString &message); ///< of the statement as a whole
 
     const std::string &Code() const noexcept { return code_; }
-    qsizetype Position() const noexcept { return position_; } ///< byte offset in the statement
+    /// Bytes of the statement before the mistake; -1: it is in no one place.
+    qsizetype Position() const noexcept { return position_; }
 
 private:
     std::string code_;

@@ -59,6 +59,12 @@ void Give(Context *context, double number)
         sqlite3_result_double(context, number);
 }
 
+void Refuse(Context *context, const QByteArray &message)
+{
+    sqlite3_result_error(context, message.constData(), static_cast<int>(message.size()));
+    sqlite3_result_error_code(context, SQLITE_MISMATCH); // tells it from the database's own errors
+}
+
 void Refuse(Context *context, std::string_view text, const QString &wanted)
 {
     const QByteArray message =
@@ -66,7 +72,7 @@ void Refuse(Context *context, std::string_view text, const QString &wanted)
             .arg(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).left(60),
                  wanted)
             .toUtf8();
-    sqlite3_result_error(context, message.constData(), static_cast<int>(message.size()));
+    Refuse(context, message);
 }
 
 /// Whether changing the case of the text can change anything but ASCII letters. Han characters,
@@ -171,7 +177,7 @@ void Divide(Context *context, int count, Value **values)
         return;
     const double divisor = sqlite3_value_double(values[1]);
     if (divisor == 0.0)
-        sqlite3_result_error(context, "除数为零", -1);
+        Refuse(context, "除数为零");
     else
         Give(context, sqlite3_value_double(values[0]) / divisor);
 }

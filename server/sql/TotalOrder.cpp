@@ -178,28 +178,81 @@ std::vector<NodePtr> RowIdentity(const Relation &relation, Dialect dialect)
     return identity;
 }
 
+/// Values that tell apart the rows that the tables and conditions, or the groups, make.
+std::vector<NodePtr> StoredIdentity(const Query &query, const std::vector<OrderTerm> &order,
+                                    Dialect dialect)
+{
+    if (query.grouped)
+        return query.groupBy;
+    std::vector<NodePtr> identity;
+    for (const Relation *relation : Determining(query, order)) {
+        for (NodePtr &value : RowIdentity(*relation, dialect))
+            identity.push_back(std::move(value));
+    }
+    return identity;
+}
+
+/// Values that tell the query's rows apart.
 std::vector<NodePtr> RowIdentity(const Query &query, const std::vector<OrderTerm> &order,
                                  Dialect dialect)
 {
+    if (!query.distinct)
+        return StoredIdentity(query, order, dialect);
     std::vector<NodePtr> identity;
-    if (query.distinct) {
-        for (const Output &output : query.outputs)
-            identity.push_back(output.value);
-    } else if (query.grouped) {
-        for (const NodePtr &value : query.groupBy)
-            identity.push_back(value);
-    } else {
-        for (const Relation *relation : Determining(query, order)) {
-            for (NodePtr &value : RowIdentity(*relation, dialect))
-                identity.push_back(std::move(value));
-        }
-    }
+    for (const Output &output : query.outputs)
+        identity.push_back(output.value);
     return identity;
 }
 
 bool IsConstant(const Node &node)
 {
     return node.op == Op::Text || node.op == Op::Number || node.op == Op::Null;
+}
+
+/// What has to stand behind `order` so that no two of these values' rows are equal in it.
+std::vector<OrderTerm> Remaining(const std::vector<OrderTerm> &order,
+                                 const std::vector<NodePtr> &identity)
+{
+    // In the direction of the last term one index can give the whole order.
+    const bool descending = !order.empty() && order.back().descending;
+    std::vector<OrderTerm> terms;
+    for (const NodePtr &value : identity) {
+        const bool known =
+            IsConstant(*value) || std::any_of(order.begin(), order.end(), [&](const auto &term) {
+                return Equal(*term.value, *value);
+            });
+        if (!known)
+            terms.push_back({value, descending, descending});
+    }
+    return terms;
+}
+
+std::vector<OrderTerm> TieBreak(const Query &query, Dialect dialect)
+{
+    return Remaining(query.orderBy, RowIdentity(query, query.orderBy, dialect));
+}
+
+/// The order of an ordered sub-select that is the only source of the query.
+std::vector<OrderTerm> InheritedOrder(const Query &query)
+{
+    std::vector<OrderTerm> order;
+    if (query.relations.size() != 1 || !query.relations[0]->query)
+        return order;
+    const Relation &only = *query.relations[0];
+    for (const OrderTerm &term : only.query->orderBy) {
+        if (only.query->IsFlat() || OutputOf(*only.query, *term.value) >= 0)
+            order.push_back({Exported(only, term.value), term.descending, term.nullsFirst});
+    }
+    return order;
+}
+
+/// The order in which rows are numbered, before the query's own is applied.
+std::vector<OrderTerm> StoredOrder(const Query &query, Dialect dialect)
+{
+    std::vector<OrderTerm> order = InheritedOrder(query);
+    const auto rest = Remaining(order, StoredIdentity(query, order, dialect));
+    order.insert(order.end(), rest.begin(), rest.end());
+    return order;
 }
 
 } // namespace
@@ -258,25 +311,20 @@ std::vector<ColumnList> UniqueKeysOf(const Query &query)
 
 void CompleteOrder(Query &query, Dialect dialect)
 {
-    if (query.orderBy.empty() && query.IsFlat() && query.relations.size() == 1 &&
-        query.relations[0]->query) {
-        const Relation &only = *query.relations[0];
-        for (const OrderTerm &term : only.query->orderBy) {
-            if (only.query->IsFlat() || OutputOf(*only.query, *term.value) >= 0)
-                query.orderBy.push_back(
-                    {Exported(only, term.value), term.descending, term.nullsFirst});
-        }
-    }
-    // In the direction of the last term one index can give the whole order.
-    const bool descending = !query.orderBy.empty() && query.orderBy.back().descending;
-    for (const NodePtr &value : RowIdentity(query, query.orderBy, dialect)) {
-        const bool known =
-            IsConstant(*value) ||
-            std::any_of(query.orderBy.begin(), query.orderBy.end(),
-                        [&](const OrderTerm &term) { return Equal(*term.value, *value); });
-        if (!known)
-            query.tieBreak.push_back({value, descending, descending});
-    }
+    ForEachSubSelect(query, [&](Query &inner) {
+        // Only what is cut or handed on has to be in order.
+        if (inner.IsFlat() && inner.orderBy.empty())
+            inner.orderBy = InheritedOrder(inner);
+        if (inner.rowLimit)
+            inner.tieBreak = TieBreak(inner, dialect);
+        if (inner.numbersRows)
+            inner.rowOrder = StoredOrder(inner, dialect);
+    });
+    if (query.IsFlat() && query.orderBy.empty())
+        query.orderBy = InheritedOrder(query);
+    query.tieBreak = TieBreak(query, dialect);
+    if (query.numbersRows)
+        query.rowOrder = StoredOrder(query, dialect);
 }
 
 std::vector<const Relation *> RelationsThatCount(const Query &query)

@@ -10,8 +10,9 @@ namespace Qel::Sql {
 /// Sets of output columns that no two rows of the query share; empty: none is known.
 std::vector<ColumnList> UniqueKeysOf(const Query &query);
 
-/// Fills `tieBreak` of the outermost query, and `hidden` of the sub-selects whose rows it needs.
-/// A query without ORDER BY over one ordered sub-select takes over that order.
+/// Fills `tieBreak` of the outermost query and of those with a row limit, `rowOrder` where rows are
+/// numbered, and `hidden` of the sub-selects whose rows are needed for it. A query without ORDER BY
+/// over one ordered sub-select takes over that order.
 void CompleteOrder(Query &query, Dialect dialect);
 
 /// The relations that decide how many rows the query has: all but outer ones that add at most one

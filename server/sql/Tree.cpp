@@ -6,31 +6,39 @@ namespace Qel::Sql {
 
 namespace {
 
-void ForEachColumn(const Query &query, const std::function<void(const Node &)> &visit)
+/// The values and conditions that stand in a query itself, down to where `visit` says false.
+bool ForEachRoot(const Query &query, const std::function<bool(const Node &)> &visit)
 {
     const auto all = [&](const std::vector<NodePtr> &nodes) {
-        for (const NodePtr &node : nodes)
-            ForEachColumn(*node, visit);
+        return std::all_of(nodes.begin(), nodes.end(),
+                           [&](const NodePtr &node) { return visit(*node); });
     };
-    for (const Output &output : query.outputs)
-        ForEachColumn(*output.value, visit);
-    for (const auto &relation : query.relations) {
-        all(relation->on);
-        if (relation->query)
-            ForEachColumn(*relation->query, visit);
-    }
-    all(query.where);
-    all(query.groupBy);
-    if (query.having)
-        ForEachColumn(*query.having, visit);
-    for (const OrderTerm &term : query.orderBy)
-        ForEachColumn(*term.value, visit);
+    const auto ordered = [&](const std::vector<OrderTerm> &terms) {
+        return std::all_of(terms.begin(), terms.end(),
+                           [&](const OrderTerm &term) { return visit(*term.value); });
+    };
+    return std::all_of(query.outputs.begin(), query.outputs.end(),
+                       [&](const Output &output) { return visit(*output.value); }) &&
+           std::all_of(query.relations.begin(), query.relations.end(),
+                       [&](const auto &relation) { return all(relation->on); }) &&
+           all(query.hidden) && all(query.where) && all(query.groupBy) &&
+           (!query.having || visit(*query.having)) && ordered(query.orderBy);
+}
+
+bool ForEachNode(const Query &query, const std::function<bool(const Node &)> &visit)
+{
+    return ForEachRoot(query, [&](const Node &node) { return ForEachNode(node, visit); }) &&
+           std::all_of(query.relations.begin(), query.relations.end(), [&](const auto &relation) {
+               return !relation->query || ForEachNode(*relation->query, visit);
+           });
 }
 
 } // namespace
 
 bool Equal(const Node &a, const Node &b)
 {
+    if (&a == &b)
+        return true;
     return a.op == b.op && a.type == b.type && a.text == b.text && a.fn == b.fn &&
            a.relation == b.relation && a.column == b.column && a.negated == b.negated &&
            a.distinct == b.distinct && a.query == b.query &&
@@ -39,14 +47,41 @@ bool Equal(const Node &a, const Node &b)
                       [](const NodePtr &x, const NodePtr &y) { return Equal(*x, *y); });
 }
 
+bool ForEachNode(const Node &node, const std::function<bool(const Node &)> &visit)
+{
+    return visit(node) &&
+           std::all_of(node.arguments.begin(), node.arguments.end(),
+                       [&](const NodePtr &argument) { return ForEachNode(*argument, visit); }) &&
+           (!node.query || ForEachNode(*node.query, visit));
+}
+
 void ForEachColumn(const Node &node, const std::function<void(const Node &)> &visit)
 {
-    if (node.op == Op::Column)
-        visit(node);
-    for (const NodePtr &argument : node.arguments)
-        ForEachColumn(*argument, visit);
-    if (node.query)
-        ForEachColumn(*node.query, visit);
+    ForEachNode(node, [&](const Node &part) {
+        if (part.op == Op::Column)
+            visit(part);
+        return true;
+    });
+}
+
+void ForEachSubSelect(const Query &query, const std::function<void(Query &)> &visit)
+{
+    std::vector<Query *> direct;
+    const std::function<bool(const Node &)> collect = [&](const Node &node) {
+        if (node.query)
+            direct.push_back(node.query.get());
+        return std::all_of(node.arguments.begin(), node.arguments.end(),
+                           [&](const NodePtr &argument) { return collect(*argument); });
+    };
+    ForEachRoot(query, collect);
+    for (const auto &relation : query.relations) {
+        if (relation->query)
+            direct.push_back(relation->query.get());
+    }
+    for (Query *inner : direct) {
+        ForEachSubSelect(*inner, visit);
+        visit(*inner);
+    }
 }
 
 bool CanBeNull(const Node &node)

@@ -115,15 +115,24 @@ struct Query
     NodePtr having;
     std::vector<OrderTerm> orderBy;
     std::vector<OrderTerm> tieBreak; ///< makes `orderBy` a total order
-    std::optional<qint64> rowLimit;  ///< ROWNUM <= n
+    std::optional<qint64> rowLimit;  ///< ROWNUM <= n; the query is flat and has no order of its own
+    bool numbersRows = false;        ///< ROWNUM is among the values
+    std::vector<OrderTerm> rowOrder; ///< in which it counts; total
 
     bool IsFlat() const { return !distinct && !grouped; }
 };
 
 bool Equal(const Node &a, const Node &b);
 
+/// Calls `visit` for every node of the tree, those in its sub-selects too, until it says false.
+/// Returns whether it never did.
+bool ForEachNode(const Node &node, const std::function<bool(const Node &)> &visit);
+
 /// Calls `visit` for every column that the tree names, those in its sub-selects too.
 void ForEachColumn(const Node &node, const std::function<void(const Node &)> &visit);
+
+/// Calls `visit` for every query below this one, the innermost first.
+void ForEachSubSelect(const Query &query, const std::function<void(Query &)> &visit);
 
 /// Whether a value can be NULL, as far as the tree shows it: false is certain.
 bool CanBeNull(const Node &node);

@@ -112,10 +112,21 @@ NodePtr Truncated(std::vector<NodePtr> arguments, qsizetype position)
     return FunctionNode(Fn::TruncNumber, Type::Real, std::move(arguments));
 }
 
+/// A DECODE writes its first argument once for each search; nested ones double at each level.
+constexpr size_t maxDecodedNodes = 20'000;
+
+void CheckDecodedSize(const Node &subject, size_t searches, qsizetype position)
+{
+    size_t room = maxDecodedNodes / searches;
+    if (!ForEachNode(subject, [&](const Node &) { return room-- > 0; }))
+        throw ESqlError("sql.limit", position, u"DECODE 展开后过长"_s);
+}
+
 /// DECODE(x, search, result, ..., default): NULL matches NULL; without default the rest is NULL.
 /// Searches compare as the type of the first one.
 NodePtr Decoded(const std::vector<NodePtr> &arguments, qsizetype position)
 {
+    CheckDecodedSize(*arguments[0], (arguments.size() - 1) / 2, position);
     const Type searchType = arguments[1]->type == Type::Null ? Type::Text : arguments[1]->type;
     const NodePtr subject = Convert(arguments[0], searchType, position);
     auto result = std::make_shared<Node>();
@@ -274,7 +285,15 @@ NodePtr Arithmetic(const std::string &symbol, const NodePtr &left, const NodePtr
         const NodePtr a = Convert(left, Type::Text, position);
         const NodePtr b = Convert(right, Type::Text, position);
         const int size = a->size > 0 && b->size > 0 ? a->size + b->size : 0;
-        return FunctionNode(Fn::Concat, Type::Text, {a, b}, size);
+        // a || b || c is one concatenation of three: databases limit how deep calls are nested.
+        std::vector<NodePtr> parts;
+        for (const NodePtr &part : {a, b}) {
+            if (part->op == Op::Function && part->fn == Fn::Concat)
+                parts.insert(parts.end(), part->arguments.begin(), part->arguments.end());
+            else
+                parts.push_back(part);
+        }
+        return FunctionNode(Fn::Concat, Type::Text, std::move(parts), size);
     }
     const bool leftDate = left->type == Type::Date;
     const bool rightDate = right->type == Type::Date;

@@ -18,8 +18,8 @@ namespace Qel::Store {
 
 using Sql::Dialect;
 
-/// A statement failed. The message names what the database said; it is for the log, an operator
-/// gets it only through the error answer's reference.
+/// A statement failed. The message is for the log, an operator gets it only through the error
+/// answer's reference.
 class EStoreError : public EQelError
 {
 public:
@@ -27,18 +27,23 @@ public:
         Failure,    ///< anything else
         Constraint, ///< a key, a check or a NOT NULL refused the row
         Stopped,    ///< the connection's StopWhen said so
+        TooComplex, ///< nested deeper, or wider, than the database was built for
+        BadValue,   ///< a function of the query language refused a value
     };
 
-    EStoreError(Kind kind, const QString &message)
+    EStoreError(Kind kind, const QString &message, const QString &reason = {})
         : EQelError(message)
         , kind_(kind)
+        , reason_(reason)
     {
     }
 
     Kind WhichKind() const { return kind_; }
+    const QString &Reason() const { return reason_; } ///< in the database's own words
 
 private:
     Kind kind_;
+    QString reason_;
 };
 
 /// One prepared statement. Belongs to its connection, which must outlive it, and to one thread.

@@ -13,6 +13,19 @@ namespace {
 /// Longer texts (lists of thousands of keys) hardly come twice and would fill the memory.
 constexpr qsizetype KeptTextBytes = 16 << 10;
 
+/// What the statement itself is to blame for is said of it; the rest is the server's failure.
+[[noreturn]] void Blame(const EStoreError &error)
+{
+    switch (error.WhichKind()) {
+    case EStoreError::Kind::TooComplex:
+        throw Sql::ESqlError("sql.limit", u"嵌套过深或列过多，超出数据库的限度"_s);
+    case EStoreError::Kind::BadValue:
+        throw Sql::ESqlError("sql.value", error.Reason());
+    default:
+        throw;
+    }
+}
+
 [[noreturn]] void TooLarge(const QString &what, qint64 limit)
 {
     throw EQueryTooLarge(u"查询结果过大：超过 %1 %2，请缩小查询范围。"_s.arg(limit).arg(what));
@@ -36,14 +49,29 @@ QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize)
     const Sql::CompiledQuery &query =
         text.size() > KeptTextBytes ? once.emplace(compile()) : compiled_.Get(text, compile);
 
+    try {
+        return Run(query, page, pageSize);
+    } catch (const EStoreError &error) {
+        Blame(error);
+    }
+}
+
+QueryResult QueryRunner::Run(const Sql::CompiledQuery &query, int page, int pageSize)
+{
     const Snapshot snapshot(connection_); // the total and the page are of one state
-    const bool paged = pageSize != 0;
-    const qint64 total = paged ? Count(query.count) : 0;
-    RowSetBuilder rows =
-        Fetch(paged ? query.Page(pageSize, static_cast<qint64>(page - 1) * pageSize) : query.all,
-              query.fields);
+    if (pageSize == 0) {
+        RowSetBuilder rows = Fetch(query.all, query.fields);
+        const qint64 count = rows.RowCount();
+        return {count, count, rows.Finish()};
+    }
+    const qint64 offset = static_cast<qint64>(page - 1) * pageSize;
+    RowSetBuilder rows = Fetch(query.Page(pageSize, offset), query.fields);
     const qint64 count = rows.RowCount();
-    return {paged ? total : count, count, paged ? rows.Finish(total) : rows.Finish()};
+    // A page that is not full is the last one and shows how many rows there are; a filter that
+    // finds next to nothing is then not searched for twice.
+    const bool last = count < pageSize && (count > 0 || offset == 0);
+    const qint64 total = last ? offset + count : Count(query.count);
+    return {total, count, rows.Finish(total)};
 }
 
 Statement &QueryRunner::Prepared(const std::string &sql)

@@ -41,6 +41,7 @@ public:
     QueryResult Run(const QString &oracleText, int page, int pageSize);
 
 private:
+    QueryResult Run(const Sql::CompiledQuery &query, int page, int pageSize);
     Statement &Prepared(const std::string &sql);
     qint64 Count(const std::string &sql);
     RowSetBuilder Fetch(const std::string &sql, const FieldDefs &fields);

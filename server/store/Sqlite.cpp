@@ -7,6 +7,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <string_view>
 #include <vector>
@@ -30,10 +32,25 @@ struct FinalizeSqlite
     void operator()(sqlite3_stmt *handle) const { sqlite3_finalize(handle); }
 };
 
+/// How messages begin about a statement beyond what SQLite was built for: it has no code for them.
+constexpr std::array<std::string_view, 8> BuiltInLimits = {
+    "parser stack overflow", "Expression tree is too large",
+    "too many columns in",   "too many terms in",
+    "too many arguments on", "at most 64 tables in",
+    "too many FROM clause",  "LIKE or GLOB pattern too complex",
+};
+
+bool IsBuiltInLimit(std::string_view message)
+{
+    return std::any_of(BuiltInLimits.begin(), BuiltInLimits.end(),
+                       [&](std::string_view begin) { return message.starts_with(begin); });
+}
+
 [[noreturn]] void Fail(sqlite3 *handle, int result, QByteArrayView sql)
 {
     using Kind = EStoreError::Kind;
-    Kind kind = Kind::Failure;
+    const char *message = handle ? sqlite3_errmsg(handle) : sqlite3_errstr(result);
+    Kind kind = IsBuiltInLimit(message) ? Kind::TooComplex : Kind::Failure;
     switch (result & 0xff) {
     case SQLITE_INTERRUPT:
         kind = Kind::Stopped;
@@ -41,14 +58,18 @@ struct FinalizeSqlite
     case SQLITE_CONSTRAINT:
         kind = Kind::Constraint;
         break;
+    case SQLITE_MISMATCH: // given by the QEL_ functions
+        kind = Kind::BadValue;
+        break;
     default:
         break;
     }
     constexpr qsizetype shownText = 2'000;
-    throw EStoreError(
-        kind, u"数据库错误 %1：%2；语句：%3"_s.arg(result).arg(
-                  QString::fromUtf8(handle ? sqlite3_errmsg(handle) : sqlite3_errstr(result)),
-                  QString::fromUtf8(sql.first(qMin(sql.size(), shownText)))));
+    const QString reason = QString::fromUtf8(message);
+    throw EStoreError(kind,
+                      u"数据库错误 %1：%2；语句：%3"_s.arg(result).arg(
+                          reason, QString::fromUtf8(sql.first(qMin(sql.size(), shownText)))),
+                      reason);
 }
 
 class SqliteStatement : public Statement

@@ -104,6 +104,11 @@ private slots:
         QTest::newRow("the server's own table")
             << QByteArray("POST") << QByteArray(QueryPath) << sql(u"SELECT * FROM SRV_TOKEN"_s)
             << 400 << u"sql.unknown_table"_s;
+        QTest::newRow("deeper than the database takes")
+            << QByteArray("POST") << QByteArray(QueryPath)
+            << sql(u"SELECT * FROM ("_s.repeated(50) + u"SELECT * FROM BAS_ORG"_s +
+                   u")"_s.repeated(50))
+            << 400 << u"sql.limit"_s;
         QTest::newRow("no message") << QByteArray("POST") << QByteArray(QueryPath)
                                     << QByteArray("{\"sql\":1}") << 400 << u"http.bad_request"_s;
         QTest::newRow("no such place") << QByteArray("POST") << QByteArray("/elsewhere")

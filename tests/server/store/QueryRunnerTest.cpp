@@ -59,6 +59,39 @@ private slots:
         QCOMPARE(seen.size(), 230);
     }
 
+    void APageBehindTheEndIsEmptyAndHasTheTotal()
+    {
+        TestDatabase data;
+        AddProducts(data, 100);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        for (const int page : {3, 9}) {
+            const auto result = runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT"_s, page, 50);
+            QCOMPARE(result.count, 0);
+            QCOMPARE(result.total, 100);
+        }
+    }
+
+    void PagesOfAStatementWithoutOrderMeetWithoutGap()
+    {
+        TestDatabase data;
+        AddProducts(data, 230);
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const QString sql = u"SELECT A.PRODUCT_NAME, B.ORG_ID, A.PRODUCT_ID"
+                            " FROM BAS_PRODUCT A, BAS_ORG B WHERE B.ORG_ID < '200004'"_s;
+        QSet<QString> seen;
+        int rowsSeen = 0;
+        for (int page = 1; page <= 10; ++page) {
+            const RowSet rows = RowSet::Load(runner.Run(sql, page, 70).block);
+            rowsSeen += rows.RowCount();
+            for (int row = 0; row < rows.RowCount(); ++row)
+                seen.insert(rows.Text(row, 1) + u'|' + rows.Text(row, 2));
+        }
+        QCOMPARE(rowsSeen, 690);
+        QCOMPARE(seen.size(), 690);
+    }
+
     void SelectingNothingHasTotalZero()
     {
         TestDatabase data;
