@@ -297,6 +297,26 @@ private slots:
         });
     }
 
+    void RowIsFilledInByTheKeyboardAlone()
+    {
+        Dialog dialog;
+        dialog.Show([&] {
+            dialog.Add(u"监管机构"_s);
+            Test::Press(dialog.Editor(), Qt::Key_Tab);
+            QVERIFY(!dialog.Editor());
+            QCOMPARE(dialog.FocusName(), u"GridOrg"_s);
+            Test::Press(&dialog.Grid(), Qt::Key_Right);
+            Test::Press(&dialog.Grid(), Qt::Key_Space);
+            Test::Press(&dialog.Grid(), Qt::Key_Right);
+            Test::Press(&dialog.Grid(), Qt::Key_Space);
+            QCOMPARE(dialog.Types().RecNo(), 2);
+            QCOMPARE(dialog.Types().FieldText(u"ORG_TYPE_NAME"), u"监管机构"_s);
+            QVERIFY(dialog.Types().FieldIsNull(u"BUYER_FLAG"));
+            QCOMPARE(dialog.Types().FieldText(u"SALER_FLAG"), u"1"_s);
+            QCOMPARE(dialog.Types().FieldText(u"ADMIN_FLAG"), u"1"_s);
+        });
+    }
+
     void TicksStoreOneAndZero()
     {
         Dialog dialog;
