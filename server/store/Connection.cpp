@@ -21,43 +21,66 @@ void Statement::Bind(int parameter, const QString &text)
     Bind(parameter, QByteArrayView(utf8));
 }
 
-std::unique_ptr<Statement> Connection::PrepareWith(QByteArrayView sql,
-                                                   std::initializer_list<Value> values)
+/// A kept statement with its values bound, for as long as one helper works with it.
+class Connection::InUse
 {
-    auto statement = Prepare(sql);
-    int parameter = 0;
-    for (const Value &value : values) {
-        ++parameter;
-        if (const auto *text = std::get_if<QString>(&value))
-            statement->Bind(parameter, *text);
-        else if (const auto *number = std::get_if<qint64>(&value))
-            statement->BindInt(parameter, *number);
-        else
-            statement->BindNull(parameter);
+public:
+    InUse(Connection &connection, QByteArrayView sql, const Values &values)
+        : statement_(
+              *connection.prepared_.Get(sql.toByteArray(), [&] { return connection.Prepare(sql); }))
+    {
+        int parameter = 0;
+        for (const Value &value : values) {
+            ++parameter;
+            if (const auto *text = std::get_if<QString>(&value))
+                statement_.Bind(parameter, *text);
+            else if (const auto *number = std::get_if<qint64>(&value))
+                statement_.BindInt(parameter, *number);
+            else
+                statement_.BindNull(parameter);
+        }
     }
-    return statement;
-}
+    ~InUse() { statement_.Reset(); }
+    Q_DISABLE_COPY_MOVE(InUse)
 
-qint64 Connection::Run(QByteArrayView sql, std::initializer_list<Value> values)
+    Statement *operator->() const { return &statement_; }
+
+private:
+    Statement &statement_;
+};
+
+qint64 Connection::Run(QByteArrayView sql, const Values &values)
 {
-    const auto statement = PrepareWith(sql, values);
+    const InUse statement(*this, sql, values);
     while (statement->Step()) {
     }
     return ChangedRows();
 }
 
-std::optional<QString> Connection::QueryText(QByteArrayView sql,
-                                             std::initializer_list<Value> values)
+std::optional<QStringList> Connection::QueryRow(QByteArrayView sql, const Values &values)
 {
-    const auto statement = PrepareWith(sql, values);
+    const InUse statement(*this, sql, values);
+    if (!statement->Step())
+        return std::nullopt;
+    QStringList row;
+    const int columns = statement->ColumnCount();
+    row.reserve(columns);
+    for (int column = 0; column < columns; ++column)
+        row.append(statement->ColumnText(column));
+    return row;
+}
+
+std::optional<QString> Connection::QueryText(QByteArrayView sql, const Values &values)
+{
+    const InUse statement(*this, sql, values);
     if (!statement->Step() || statement->IsNull(0))
         return std::nullopt;
     return statement->ColumnText(0);
 }
 
-bool Connection::Exists(QByteArrayView sql, std::initializer_list<Value> values)
+bool Connection::Exists(QByteArrayView sql, const Values &values)
 {
-    return PrepareWith(sql, values)->Step();
+    return InUse(*this, sql, values)->Step();
 }
 
 Transaction::Transaction(Connection &connection)

@@ -2,12 +2,15 @@
 
 #include "dataset/QelError.h"
 #include "sql/Compile.h"
+#include "store/LruCache.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -75,8 +78,9 @@ public:
 
 /// A parameter of the one-line helpers below.
 using Value = std::variant<std::nullptr_t, qint64, QString>;
+using Values = QList<Value>;
 
-/// One session with the database. One thread at a time, apart from Interrupt.
+/// One session with the database. One thread at a time.
 class Connection
 {
 public:
@@ -95,15 +99,26 @@ public:
     /// Asked now and then while a statement runs; true ends it with Kind::Stopped. Empty: never.
     virtual void StopWhen(std::function<bool()> condition) = 0;
 
-    /// Prepares, binds, runs to the end; returns the number of changed rows.
-    qint64 Run(QByteArrayView sql, std::initializer_list<Value> values = {});
+    // One line a statement, which stays prepared for the next time: a post of many rows prepares
+    // each text once. For texts of the program's own, of which there are few.
+
+    /// Binds, runs to the end; returns the number of changed rows.
+    qint64 Run(QByteArrayView sql, const Values &values = {});
+    /// The first row's columns, NULL as an empty text; nothing if there is no row.
+    std::optional<QStringList> QueryRow(QByteArrayView sql, const Values &values = {});
     /// The first column of the first row; nothing if there is no row or it is NULL.
-    std::optional<QString> QueryText(QByteArrayView sql, std::initializer_list<Value> values = {});
+    std::optional<QString> QueryText(QByteArrayView sql, const Values &values = {});
     /// Whether the statement gives at least one row.
-    bool Exists(QByteArrayView sql, std::initializer_list<Value> values = {});
+    bool Exists(QByteArrayView sql, const Values &values = {});
+
+protected:
+    /// For a driver's destructor: statements end before their session.
+    void ForgetPrepared() { prepared_.Clear(); }
 
 private:
-    std::unique_ptr<Statement> PrepareWith(QByteArrayView sql, std::initializer_list<Value> values);
+    class InUse;
+
+    LruCache<QByteArray, std::unique_ptr<Statement>> prepared_{128};
 };
 
 /// A write transaction for a scope: rolled back unless Commit was reached. Takes the write lock

@@ -34,6 +34,12 @@ public:
         return entries_.front().second;
     }
 
+    void Clear()
+    {
+        positions_.clear();
+        entries_.clear();
+    }
+
 private:
     using Entries = std::list<std::pair<Key, Mapped>>;
 

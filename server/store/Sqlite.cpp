@@ -170,6 +170,9 @@ public:
                          "PRAGMA cache_size = -32768; PRAGMA temp_store = MEMORY");
     }
 
+    ~SqliteConnection() override { ForgetPrepared(); }
+    Q_DISABLE_COPY_MOVE(SqliteConnection)
+
     Dialect CurrentDialect() const override { return Dialect::Sqlite; }
 
     void Execute(QByteArrayView sql) override
