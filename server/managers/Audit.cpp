@@ -17,12 +17,11 @@ void LogChange(PostContext &post, const QString &table, const QString &key1, con
 
 QString NewKey(Store::Connection &connection, const QString &table, const QString &keyColumn)
 {
-    const auto next =
-        connection.QueryText("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = ?1", {table});
-    if (next) {
-        connection.Run("UPDATE SRV_SEQUENCE SET NEXT = NEXT + 1 WHERE NAME = ?1", {table});
+    const auto next = connection.QueryText("UPDATE SRV_SEQUENCE SET NEXT = NEXT + 1 WHERE NAME = ?1"
+                                           " RETURNING NEXT - 1",
+                                           {table});
+    if (next)
         return *next;
-    }
     // The first key of a table that was filled by other means goes beyond the largest there is.
     const QString sql =
         u"SELECT COALESCE(MAX(CAST(%1 AS BIGINT)), 0) + 1 FROM %2"_s.arg(keyColumn, table);

@@ -2,6 +2,7 @@
 
 #include "store/Schema.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -75,13 +76,51 @@ int ColumnSize(const QString &table, const QString &column)
     return position < 0 ? 0 : found->columns[static_cast<std::size_t>(position)].size;
 }
 
-void CheckValue(const Method &method, const QString &name, const QString &value, qsizetype row)
+/// The largest number of characters of each parameter; 0: no limit.
+QHash<QString, int> SizesOf(const Method &method)
 {
-    const int size = ColumnSize(method.table, name);
+    QHash<QString, int> sizes;
+    for (const QString &name : method.parameters)
+        sizes.insert(name, ColumnSize(method.table, name));
+    return sizes;
+}
+
+void CheckValue(const QString &name, int size, const QString &value, qsizetype row)
+{
     if (size > 0 && Characters(value) > size)
         BadRow(row, u"参数 %1 超过 %2 个字符。"_s.arg(name).arg(size));
     if (value.contains(QChar(u'\0')))
         BadRow(row, u"参数 %1 含有空字符。"_s.arg(name));
+}
+
+void CheckComplete(const Method &method, const QSet<QString> &seen, qsizetype row)
+{
+    for (const QString &name : method.parameters)
+        if (!seen.contains(name))
+            BadRow(row, u"缺少参数 %1。"_s.arg(name));
+}
+
+void CheckCount(const Method &method, qsizetype rows)
+{
+    if (rows == 0 && !method.takesNoRows)
+        throw EPostError("post.bad_row", u"没有提交任何行，%1 至少需要 1 行。"_s.arg(method.name));
+    if (rows > MaxRows)
+        throw EPostError("post.bad_row",
+                         u"一次最多提交 %1 行，收到 %2 行。"_s.arg(MaxRows).arg(rows));
+}
+
+/// A row whose key is not complete names no record yet.
+void CheckRecordsDiffer(const Method &method, const QList<Wire::NamedValues> &rows)
+{
+    QHash<QStringList, qsizetype> rowOf;
+    for (qsizetype row = 0; row < rows.size(); ++row) {
+        const QStringList key = PostedRow(rows[row]).Of(method.key);
+        if (key.contains(QString()))
+            continue;
+        if (const auto earlier = rowOf.constFind(key); earlier != rowOf.constEnd())
+            BadRow(row, u"与第 %1 行是同一条记录：%2。"_s.arg(*earlier + 1).arg(key.join(u' ')));
+        rowOf.insert(key, row);
+    }
 }
 
 } // namespace
@@ -89,23 +128,24 @@ void CheckValue(const Method &method, const QString &name, const QString &value,
 void CheckRows(const Method &method, const QList<Wire::NamedValues> &rows,
                const Store::Operator &user)
 {
-    if (rows.isEmpty() || rows.size() > MaxRows)
-        throw EPostError("post.bad_row",
-                         u"一次应提交 1 至 %1 行，收到 %2 行。"_s.arg(MaxRows).arg(rows.size()));
+    CheckCount(method, rows.size());
+    const QHash<QString, int> sizes = SizesOf(method);
     for (qsizetype row = 0; row < rows.size(); ++row) {
         QSet<QString> seen;
         for (const auto &[name, value] : rows[row]) {
             if (seen.contains(name))
                 BadRow(row, u"参数 %1 重复。"_s.arg(name));
             seen.insert(name);
-            if (const auto *parameter = FindOperatorParameter(name))
+            if (const auto size = sizes.constFind(name); size != sizes.constEnd())
+                CheckValue(name, *size, value, row);
+            else if (const auto *parameter = FindOperatorParameter(name))
                 CheckOperator(*parameter, value, user, row);
-            else if (method.parameters.contains(name))
-                CheckValue(method, name, value, row);
             else
                 BadRow(row, u"未知参数 %1。"_s.arg(name.left(64)));
         }
+        CheckComplete(method, seen, row);
     }
+    CheckRecordsDiffer(method, rows);
 }
 
 } // namespace Qel::Managers

@@ -1,5 +1,7 @@
 #include "managers/Method.h"
 
+#include "managers/RuleManager.h"
+#include "managers/UniProduct.h"
 #include "managers/UniUnion.h"
 #include "managers/UniUnionOrg.h"
 
@@ -12,9 +14,19 @@ PostedRow::PostedRow(const Wire::NamedValues &values)
         values_.insert(name, value);
 }
 
+QStringList PostedRow::Of(const QStringList &names) const
+{
+    QStringList values;
+    values.reserve(names.size());
+    for (const QString &name : names)
+        values.append((*this)[name]);
+    return values;
+}
+
 const QList<Method> &Methods()
 {
-    static const QList<Method> methods = UniUnionMethods() + UniUnionOrgMethods();
+    static const QList<Method> methods =
+        UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods();
     return methods;
 }
 

@@ -14,7 +14,8 @@ namespace Qel::Managers {
 
 /// A post that is refused as a whole before anything is written. Code() is one of
 ///   post.unknown_method  no such manager class or method
-///   post.bad_row         an unknown or doubled parameter, or a value that does not fit
+///   post.bad_row         no rows or too many, a parameter that is unknown, doubled or missing,
+///                        a value that does not fit, a record that an earlier row names
 ///   post.operator        a row names another operator than the credential
 ///   post.key_reused      the idempotency key came before with another body
 class EPostError : public EQelError
@@ -39,6 +40,9 @@ public:
     explicit PostedRow(const Wire::NamedValues &values);
 
     const QString operator[](const QString &name) const { return values_.value(name); }
+    bool Has(const QString &name) const { return values_.contains(name); }
+    /// The values of these parameters, in their order.
+    QStringList Of(const QStringList &names) const;
 
 private:
     QHash<QString, QString> values_;
@@ -49,7 +53,8 @@ struct PostContext
 {
     Store::Connection &connection;
     const Store::Operator &user;
-    QString now; ///< the moment of the post, as dates are stored
+    QString now;      ///< the moment of the post, as dates are stored
+    QString lastUser; ///< what the row at hand leaves as LAST_USER
 };
 
 /// Result codes as the screens read them; what the two refusals mean is the method's own.
@@ -57,6 +62,14 @@ inline const QString Stored = QStringLiteral("1");
 inline const QString Failed = QStringLiteral("0");
 inline const QString FirstRefusal = QStringLiteral("-1");
 inline const QString SecondRefusal = QStringLiteral("-2");
+
+/// As LAST_OPERATE: removes the row. Everything else stores it as live.
+inline const QString Deletion = QStringLiteral("D");
+
+inline bool IsFlag(const QString &value)
+{
+    return value == QStringLiteral("0") || value == QStringLiteral("1");
+}
 
 /// Stores one row or refuses it. A refusal may leave changes behind: the caller undoes them.
 using MethodFunction = Wire::ResultRow (*)(PostContext &post, const PostedRow &row);
@@ -67,7 +80,14 @@ struct Method
     QString name;
     QString table;          ///< whose columns give the sizes of the parameters
     QStringList parameters; ///< columns of that table; the operator's parameters come beside them
+    QStringList key;        ///< those that name a record; a list names each record once
     MethodFunction run;
+    QStringList echo = {};    ///< see RowByRow
+    bool takesNoRows = false; ///< an empty list is stored, too
+
+    /// Each row is stored or refused by itself, and its result gives its `echo` parameters back.
+    /// Otherwise all rows are stored or none.
+    bool RowByRow() const { return !echo.isEmpty(); }
 };
 
 const QList<Method> &Methods();

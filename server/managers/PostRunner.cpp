@@ -52,30 +52,52 @@ void DropExpiredKeys(Store::Connection &connection)
     connection.Run("DELETE FROM SRV_IDEMPOTENCY WHERE CREATED < ?1", {Store::DateText(oldest)});
 }
 
-Wire::PostAnswer RunRows(Store::Connection &connection, const Store::Operator &user,
-                         const Method &method, const QList<Wire::NamedValues> &rows)
+Wire::ResultRow RunRow(PostContext &context, const Method &method, const PostedRow &row)
 {
-    PostContext context{connection, user, Store::Now()};
-    Wire::PostAnswer answer;
-    QString refusal;
-    Store::Savepoint savepoint(connection);
+    const QString lastUser = row[u"LAST_USER"_s];
+    context.lastUser = lastUser.isEmpty() ? context.user.userName : lastUser;
     try {
-        for (const auto &row : rows) {
-            answer.rows.append(method.run(context, PostedRow(row)));
-            if (answer.rows.last().code == Stored)
-                continue;
-            refusal = answer.rows.last().code;
-            break;
-        }
+        return method.run(context, row);
     } catch (const Store::EStoreError &error) {
         if (error.WhichKind() != Store::EStoreError::Kind::Constraint)
             throw;
-        refusal = Failed;
+        return {Failed, {}};
     }
-    if (refusal.isEmpty())
-        savepoint.Keep();
-    else
-        answer.rows.fill({refusal, {}}, rows.size());
+}
+
+Wire::PostAnswer RunAsOne(PostContext &context, const Method &method,
+                          const QList<Wire::NamedValues> &rows)
+{
+    Wire::PostAnswer answer;
+    if (rows.isEmpty())
+        answer.rows.append({Stored, {}}); // screens read the first result
+    Store::Savepoint savepoint(context.connection);
+    for (const auto &row : rows) {
+        answer.rows.append(RunRow(context, method, PostedRow(row)));
+        const QString code = answer.rows.last().code;
+        if (code != Stored) {
+            answer.rows.fill({code, {}}, rows.size());
+            return answer;
+        }
+    }
+    savepoint.Keep();
+    return answer;
+}
+
+Wire::PostAnswer RunRowByRow(PostContext &context, const Method &method,
+                             const QList<Wire::NamedValues> &rows)
+{
+    Wire::PostAnswer answer;
+    for (const auto &values : rows) {
+        const PostedRow row(values);
+        Store::Savepoint savepoint(context.connection);
+        Wire::ResultRow result = RunRow(context, method, row);
+        for (const QString &name : method.echo)
+            result.values.append({name, row[name]});
+        answer.rows.append(result);
+        if (result.code == Stored)
+            savepoint.Keep();
+    }
     return answer;
 }
 
@@ -100,7 +122,9 @@ Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &u
         if (auto kept = KeptAnswer(connection, key, bodyHash))
             return *kept;
     }
-    const Wire::PostAnswer answer = RunRows(connection, user, *method, request.rows);
+    PostContext context{connection, user, Store::Now(), {}};
+    const Wire::PostAnswer answer =
+        (method->RowByRow() ? RunRowByRow : RunAsOne)(context, *method, request.rows);
     if (!key.isEmpty())
         KeepAnswer(connection, key, bodyHash, answer);
     transaction.Commit();

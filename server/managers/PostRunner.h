@@ -13,8 +13,9 @@ struct Post
     QByteArray body; ///< as it was sent: what the key stands for
 };
 
-/// Runs a post in one transaction: every row is stored, or none. After a refusal every result
-/// row carries the refusal's code.
+/// Runs a post in one transaction. Every row is stored, or none, and after a refusal every result
+/// row carries the refusal's code; a method that works row by row gives each row its own. A list
+/// without rows, where the method takes one, is answered with one result.
 ///
 /// A post with a key takes effect once: the answer is kept with the key for 72 hours, and the
 /// same post again gets it without doing anything. Throws EPostError, EStoreError.

@@ -1,6 +1,7 @@
 #include "managers/UniUnion.h"
 
 #include "managers/Audit.h"
+#include "managers/MemberTypes.h"
 
 #include <algorithm>
 #include <optional>
@@ -114,11 +115,9 @@ void StoreGroup(PostContext &post, const PostedRow &row, const QString &id, bool
                 " UNION_TYPE = ?5, REGION_ID = ?6, MASTER_ORGID = ?7, REMARK = ?8,"
                 " LAST_USER = ?9, LAST_USER_ID = ?10, LAST_UPDATE = ?11, LAST_OPERATE = '1'"
                 " WHERE UNION_ID = ?1";
-    const QString lastUser = row[u"LAST_USER"_s];
     post.connection.Run(sql, {id, row[u"PARENT_ID"_s], row[u"UNION_CODE"_s], row[u"UNION_NAME"_s],
                               row[u"UNION_TYPE"_s], row[u"REGION_ID"_s], row[u"MASTER_ORGID"_s],
-                              row[u"REMARK"_s], lastUser.isEmpty() ? post.user.userName : lastUser,
-                              post.user.userId, post.now});
+                              row[u"REMARK"_s], post.lastUser, post.user.userId, post.now});
     LogChange(post, UnionTable, id, {}, isNew ? Change::Insert : Change::Modify);
 }
 
@@ -211,8 +210,18 @@ QList<Method> UniUnionMethods()
          UnionTable,
          {u"UNION_ID"_s, u"PARENT_ID"_s, u"UNION_CODE"_s, u"UNION_NAME"_s, u"UNION_TYPE"_s,
           u"REGION_ID"_s, u"MASTER_ORGID"_s, u"REMARK"_s},
+         {u"UNION_ID"_s},
          InsertUpdateUnion},
-        {manager, u"delete_UniUnion"_s, UnionTable, {u"UNION_ID"_s}, DeleteUnion},
+        {manager, u"delete_UniUnion"_s, UnionTable, {u"UNION_ID"_s}, {u"UNION_ID"_s}, DeleteUnion},
+        {manager,
+         u"insert_update_UniOrgType"_s,
+         u"UNI_ORG_TYPE"_s,
+         {u"ORG_TYPE_ID"_s, u"ORG_TYPE_NAME"_s, u"UNION_ID"_s, u"BUYER_FLAG"_s, u"SALER_FLAG"_s,
+          u"SENDER_FLAG"_s, u"ADMIN_FLAG"_s, u"REMARK"_s, u"LAST_OPERATE"_s},
+         {u"ORG_TYPE_ID"_s},
+         InsertUpdateMemberType,
+         {},
+         true},
     };
 }
 

@@ -1,6 +1,7 @@
 #include "managers/UniUnionOrg.h"
 
-#include "managers/Audit.h"
+#include "managers/Records.h"
+#include "managers/References.h"
 
 using namespace Qt::StringLiterals;
 
@@ -8,19 +9,42 @@ namespace Qel::Managers {
 
 namespace {
 
+const QStringList Keys{u"UNION_ID"_s, u"ORG_ID"_s};
+
+const RecordTable &Memberships()
+{
+    static const RecordTable table(u"UNI_ORG"_s, Keys, {u"ORG_TYPE_ID"_s});
+    return table;
+}
+
+/// Adds an organisation to a group, or gives a member another type. The two come with the same
+/// values; it is the change that names its LAST_USER, an addition does not.
+/// "-1": the organisation to add is a member, which another operator may just have made it: its
+/// type stays as it is. "0": the member to change is none any more, the group has no such type, or
+/// the organisation is not in use.
+Wire::ResultRow InsertUpdateMember(PostContext &post, const PostedRow &row)
+{
+    const QStringList keys = row.Of(Keys);
+    const QString orgTypeId = row[u"ORG_TYPE_ID"_s];
+    const bool isChange = row.Has(u"LAST_USER"_s);
+
+    if (!IsLiveGroup(post.connection, keys[0]) ||
+        !IsLiveMemberType(post.connection, keys[0], orgTypeId))
+        return {Failed, {}};
+    const Record old = Memberships().Find(post.connection, keys);
+    const bool isMember = old.state == RowState::Live;
+    if (isMember && !isChange)
+        return {FirstRefusal, {}};
+    if (!isMember && (isChange || !IsOrganisationInUse(post.connection, keys[1])))
+        return {Failed, {}};
+    Memberships().Put(post, old, keys, {orgTypeId});
+    return {Stored, {}};
+}
+
 /// Takes a member out of its group. "0": it is not a member.
 Wire::ResultRow DeleteMember(PostContext &post, const PostedRow &row)
 {
-    const QString unionId = row[u"UNION_ID"_s];
-    const QString orgId = row[u"ORG_ID"_s];
-    const qint64 changed = post.connection.Run(
-        "UPDATE UNI_ORG SET LAST_OPERATE = 'D', LAST_USER = ?3, LAST_USER_ID = ?4,"
-        " LAST_UPDATE = ?5 WHERE UNION_ID = ?1 AND ORG_ID = ?2 AND LAST_OPERATE <> 'D'",
-        {unionId, orgId, post.user.userName, post.user.userId, post.now});
-    if (changed == 0)
-        return {Failed, {}};
-    LogChange(post, u"UNI_ORG"_s, unionId, orgId, Change::LogicalDelete);
-    return {Stored, {}};
+    return {Memberships().Delete(post, row.Of(Keys)) ? Stored : Failed, {}};
 }
 
 } // namespace
@@ -28,8 +52,11 @@ Wire::ResultRow DeleteMember(PostContext &post, const PostedRow &row)
 QList<Method> UniUnionOrgMethods()
 {
     const QString manager = u"com.business.admin.UniUnionOrg"_s;
+    const QString table = u"UNI_ORG"_s;
     return {
-        {manager, u"delete_UniOrg"_s, u"UNI_ORG"_s, {u"UNION_ID"_s, u"ORG_ID"_s}, DeleteMember},
+        {manager, u"insert_update_UniUnionOrg"_s, table, Keys + QStringList{u"ORG_TYPE_ID"_s}, Keys,
+         InsertUpdateMember},
+        {manager, u"delete_UniOrg"_s, table, Keys, Keys, DeleteMember},
     };
 }
 

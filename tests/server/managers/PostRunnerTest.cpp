@@ -1,5 +1,5 @@
 #include "managers/PostRunner.h"
-#include "support/TestDatabase.h"
+#include "ManagerSite.h"
 
 #include <QTest>
 
@@ -19,7 +19,15 @@ Wire::PostRequest DeleteMember(const QString &userId = u"600001"_s,
               {u"LOG_USER_NAME"_s, userName}}}};
 }
 
-Wire::PostAnswer Run(TestDatabase &site, const Wire::PostRequest &request,
+Wire::PostRequest MoveIn(const QStringList &products)
+{
+    Wire::PostRequest request{u"com.business.admin.Uni_Product"_s, u"move_in_Uni_Product"_s, {}};
+    for (const QString &product : products)
+        request.rows.append({{u"UNION_ID"_s, u"300002"_s}, {u"PRODUCT_ID"_s, product}});
+    return request;
+}
+
+Wire::PostAnswer Run(ManagerSite &site, const Wire::PostRequest &request,
                      const QByteArray &key = {})
 {
     return Managers::RunPost(
@@ -28,7 +36,7 @@ Wire::PostAnswer Run(TestDatabase &site, const Wire::PostRequest &request,
 }
 
 /// The code of the error that the post is refused with as a whole.
-QByteArray Refusal(TestDatabase &site, const Wire::PostRequest &request, const QByteArray &key = {})
+QByteArray Refusal(ManagerSite &site, const Wire::PostRequest &request, const QByteArray &key = {})
 {
     try {
         Run(site, request, key);
@@ -38,14 +46,9 @@ QByteArray Refusal(TestDatabase &site, const Wire::PostRequest &request, const Q
     }
 }
 
-bool IsMember(TestDatabase &site)
+bool IsMember(ManagerSite &site)
 {
     return site.Text("SELECT LAST_OPERATE FROM UNI_ORG") == u"1";
-}
-
-int Logged(TestDatabase &site)
-{
-    return site.Number("SELECT count(*) FROM SYS_UPDATE_LOG");
 }
 
 } // namespace
@@ -58,7 +61,7 @@ class PostRunnerTest : public QObject
 private slots:
     void UnknownMethodIsRefused()
     {
-        TestDatabase site;
+        ManagerSite site;
         Wire::PostRequest request = DeleteMember();
         request.method = u"delete_everything"_s;
         QCOMPARE(Refusal(site, request), "post.unknown_method");
@@ -69,16 +72,16 @@ private slots:
 
     void RowThatNamesAnotherOperatorIsRefused()
     {
-        TestDatabase site;
+        ManagerSite site;
         QCOMPARE(Refusal(site, DeleteMember(u"600002"_s)), "post.operator");
         QCOMPARE(Refusal(site, DeleteMember(u"600001"_s, u"张伟"_s)), "post.operator");
         QVERIFY(IsMember(site));
-        QCOMPARE(Logged(site), 0);
+        QCOMPARE(site.Logged(), 0);
     }
 
     void UnknownDoubledAndOverlongParametersAreRefused()
     {
-        TestDatabase site;
+        ManagerSite site;
         Wire::PostRequest request = DeleteMember();
         request.rows[0].append({u"PASSWORD"_s, u"x"_s});
         QCOMPARE(Refusal(site, request), "post.bad_row");
@@ -91,9 +94,80 @@ private slots:
         QVERIFY(IsMember(site));
     }
 
+    void MissingParameterIsRefused()
+    {
+        ManagerSite site;
+        Wire::PostRequest request = DeleteMember();
+        request.rows[0].removeAt(1);
+        QCOMPARE(Refusal(site, request), "post.bad_row");
+        // Who acts is known without the row saying so.
+        request = DeleteMember();
+        request.rows[0].resize(2);
+        QCOMPARE(Run(site, request).rows.value(0).code, u"1"_s);
+    }
+
+    void RecordNamedTwiceInOneListIsRefused()
+    {
+        ManagerSite site;
+        Wire::PostRequest request = DeleteMember();
+        request.rows << request.rows[0];
+        QCOMPARE(Refusal(site, request), "post.bad_row");
+        QVERIFY(IsMember(site));
+    }
+
+    void EmptyListIsRefusedUnlessTheMethodTakesIt()
+    {
+        ManagerSite site;
+        Wire::PostRequest request = DeleteMember();
+        request.rows.clear();
+        QCOMPARE(Refusal(site, request), "post.bad_row");
+        const Wire::PostAnswer answer =
+            Run(site, {u"com.business.admin.UniUnion"_s, u"insert_update_UniOrgType"_s, {}});
+        QCOMPARE(answer.rows.size(), 1);
+        QCOMPARE(answer.rows[0].code, u"1"_s);
+    }
+
+    void RowByRowMethodAnswersEachRowWithItsOwnCodeAndKey()
+    {
+        ManagerSite site;
+        const Wire::PostAnswer answer = Run(site, MoveIn({u"500001"_s, u"500003"_s, u"599999"_s}));
+        QCOMPARE(answer.rows.size(), 3);
+        const auto result = [&](int row) {
+            return answer.rows[row].code + u'/' + answer.rows[row].values.value(0).first + u'/' +
+                   answer.rows[row].values.value(0).second;
+        };
+        QCOMPARE(result(0), u"-1/PRODUCT_ID/500001"_s);
+        QCOMPARE(result(1), u"1/PRODUCT_ID/500003"_s);
+        QCOMPARE(result(2), u"0/PRODUCT_ID/599999"_s);
+        QCOMPARE(site.Logged(), 1);
+    }
+
+    void RowByRowAnswerIsKeptWithItsKey()
+    {
+        ManagerSite site;
+        const QByteArray key = "11111111-2222-3333-4444-555555555555";
+        const Wire::PostRequest request = MoveIn({u"500001"_s, u"500003"_s});
+        const QByteArray first = Wire::Encode(Run(site, request, key), Wire::Format::Json);
+        // Run anew, the product that was moved in would be refused.
+        QCOMPARE(Wire::Encode(Run(site, request, key), Wire::Format::Json), first);
+        QCOMPARE(Run(site, request).rows[1].code, u"-1"_s);
+        QCOMPARE(site.Logged(), 1);
+    }
+
+    void RowThatTheDatabaseRefusesDoesNotUndoTheOthersOfARowByRowMethod()
+    {
+        ManagerSite site;
+        site.Connection().Execute("CREATE UNIQUE INDEX ONE_ENTRY ON SYS_UPDATE_LOG (KEY_ID1)");
+        const Wire::PostAnswer answer = Run(site, MoveIn({u"500002"_s, u"500003"_s}));
+        QCOMPARE(answer.rows[0].code, u"1"_s);
+        QCOMPARE(answer.rows[1].code, u"0"_s);
+        QCOMPARE(site.Number("SELECT count(*) FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"), 2);
+        QCOMPARE(site.Logged(), 1);
+    }
+
     void SecondRowsRefusalUndoesTheFirst()
     {
-        TestDatabase site;
+        ManagerSite site;
         Wire::PostRequest request = DeleteMember();
         request.rows << request.rows[0];
         request.rows[1][1].second = u"200001"_s; // no member
@@ -101,23 +175,23 @@ private slots:
         QCOMPARE(answer.rows.size(), 2);
         QCOMPARE(answer.rows[0].code, u"0"_s);
         QVERIFY(IsMember(site));
-        QCOMPARE(Logged(site), 0);
+        QCOMPARE(site.Logged(), 0);
     }
 
     void SamePostWithOneKeyTakesEffectOnce()
     {
-        TestDatabase site;
+        ManagerSite site;
         const QByteArray key = "11111111-2222-3333-4444-555555555555";
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"1"_s);
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"1"_s);
-        QCOMPARE(Logged(site), 1);
+        QCOMPARE(site.Logged(), 1);
         // Without the key it is another post, and there is nothing to delete any more.
         QCOMPARE(Run(site, DeleteMember()).rows.value(0).code, u"0"_s);
     }
 
     void KeyOfAnotherBodyIsRefused()
     {
-        TestDatabase site;
+        ManagerSite site;
         const QByteArray key = "11111111-2222-3333-4444-555555555555";
         Run(site, DeleteMember(), key);
         Wire::PostRequest other = DeleteMember();
@@ -127,18 +201,18 @@ private slots:
 
     void FailedPostDoesNotUseUpItsKey()
     {
-        TestDatabase site;
+        ManagerSite site;
         const QByteArray key = "11111111-2222-3333-4444-555555555555";
         site.Connection().Execute("ALTER TABLE SYS_UPDATE_LOG RENAME TO LOG_ASIDE");
         QVERIFY_THROWS_EXCEPTION(Store::EStoreError, Run(site, DeleteMember(), key));
         site.Connection().Execute("ALTER TABLE LOG_ASIDE RENAME TO SYS_UPDATE_LOG");
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"1"_s);
-        QCOMPARE(Logged(site), 1);
+        QCOMPARE(site.Logged(), 1);
     }
 
     void KeyIsKeptForSeventyTwoHours()
     {
-        TestDatabase site;
+        ManagerSite site;
         const QByteArray key = "11111111-2222-3333-4444-555555555555";
         Run(site, DeleteMember(), key);
         site.Connection().Run(
@@ -147,7 +221,7 @@ private slots:
         site.Connection().Run(
             "UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','localtime','-100 hours')");
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"0"_s);
-        QCOMPARE(Logged(site), 1);
+        QCOMPARE(site.Logged(), 1);
     }
 };
 

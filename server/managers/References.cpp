@@ -1,0 +1,40 @@
+#include "managers/References.h"
+
+namespace Qel::Managers {
+
+bool IsLiveGroup(Store::Connection &connection, const QString &unionId)
+{
+    return connection.Exists("SELECT 1 FROM UNI_UNION WHERE UNION_ID = ?1 AND LAST_OPERATE <> 'D'",
+                             {unionId});
+}
+
+bool IsLiveMember(Store::Connection &connection, const QString &unionId, const QString &orgId)
+{
+    return connection.Exists("SELECT 1 FROM UNI_ORG WHERE UNION_ID = ?1 AND ORG_ID = ?2"
+                             " AND LAST_OPERATE <> 'D'",
+                             {unionId, orgId});
+}
+
+bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,
+                      const QString &orgTypeId)
+{
+    return connection.Exists("SELECT 1 FROM UNI_ORG_TYPE WHERE ORG_TYPE_ID = ?2 AND UNION_ID = ?1"
+                             " AND LAST_OPERATE <> 'D'",
+                             {unionId, orgTypeId});
+}
+
+bool IsOrganisationInUse(Store::Connection &connection, const QString &orgId)
+{
+    return connection.Exists("SELECT 1 FROM BAS_ORG WHERE ORG_ID = ?1 AND ENABLE_FLAG = '1'"
+                             " AND LAST_OPERATE <> 'D'",
+                             {orgId});
+}
+
+bool IsProductInUse(Store::Connection &connection, const QString &productId)
+{
+    return connection.Exists("SELECT 1 FROM BAS_PRODUCT WHERE PRODUCT_ID = ?1"
+                             " AND ENABLE_FLAG = '1' AND LAST_OPERATE <> 'D'",
+                             {productId});
+}
+
+} // namespace Qel::Managers

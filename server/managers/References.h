@@ -1,0 +1,18 @@
+#pragma once
+
+#include "store/Connection.h"
+
+#include <QString>
+
+/// Whether what a posted row refers to is there. An empty id refers to nothing.
+namespace Qel::Managers {
+
+bool IsLiveGroup(Store::Connection &connection, const QString &unionId);
+bool IsLiveMember(Store::Connection &connection, const QString &unionId, const QString &orgId);
+bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,
+                      const QString &orgTypeId);
+/// Live and enabled: what the lists of candidates offer.
+bool IsOrganisationInUse(Store::Connection &connection, const QString &orgId);
+bool IsProductInUse(Store::Connection &connection, const QString &productId);
+
+} // namespace Qel::Managers

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "managers/Method.h"
+
+namespace Qel::Managers {
+
+/// com.business.admin.RuleManager: rules of groups.
+QList<Method> RuleManagerMethods();
+
+} // namespace Qel::Managers
