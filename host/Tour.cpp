@@ -21,12 +21,13 @@ constexpr int TickTime = 50;  // milliseconds
 constexpr int QuietTicks = 6; // how long nothing must have happened
 constexpr int PatienceTicks = 600;
 
-/// A dialog and how to come to it: from a screen, over actions and controls by object name.
+/// A dialog and how to come to it: from a screen, over actions and controls by object name. Each
+/// opens a dialog, but one behind "+": that is a query or a page to turn to.
 struct Dialog
 {
     const char16_t *file;
     const char16_t *screen;
-    std::array<const char16_t *, 2> way;
+    std::array<const char16_t *, 3> way;
 };
 
 constexpr Dialog Dialogs[]{
@@ -37,6 +38,10 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN01-organisation", u"ADMIN01", {u"UniModify", u"edMasterOrgName"}},
     {u"ADMIN01-member-types", u"ADMIN01", {u"ActMemberType"}},
     {u"ADMIN01-rules", u"ADMIN01", {u"ActRuleConfigure"}},
+    {u"ADMIN01-products", u"ADMIN01", {u"ActUniProduct", u"+ActionQueryIn"}},
+    {u"ADMIN01-product-candidates",
+     u"ADMIN01",
+     {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
 };
 
 } // namespace
@@ -69,7 +74,9 @@ void Tour::Plan()
                 continue;
             int opened = 0;
             for (const char16_t *name : dialog.way) {
-                if (name && ++opened)
+                if (name && *name == u'+')
+                    steps_.push_back({Kind::Press, QString::fromUtf16(name + 1)});
+                else if (name && ++opened)
                     steps_.push_back({Kind::Dialog, QString::fromUtf16(name)});
             }
             steps_.push_back({Kind::Grab, QString::fromUtf16(dialog.file)});
@@ -144,8 +151,10 @@ void Tour::Press(const QString &name, bool required)
 {
     if (auto *action = Front()->findChild<QAction *>(name))
         return action->trigger();
-    // A control is pressed at its first button, if it is none itself.
     auto *control = Front()->findChild<QWidget *>(name);
+    if (auto *tabs = control ? qobject_cast<QTabWidget *>(control->parent()->parent()) : nullptr)
+        return tabs->setCurrentWidget(control);
+    // A control is pressed at its first button, if it is none itself.
     auto *button = qobject_cast<QAbstractButton *>(control);
     if (!button && control)
         button = control->findChild<QAbstractButton *>();

@@ -12,6 +12,7 @@
 #include "frame/ResultMessages.h"
 #include "frame/TreeSearch.h"
 #include "screens/UniMemberType.h"
+#include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
 #include "screens/UniUnionEdit.h"
 #include "ui_UniUnion.h"
@@ -72,7 +73,8 @@ TFrmUniUnion::TFrmUniUnion(QWidget *owner)
     Handle(ui_->OrgDelete, &QAction::triggered, &TFrmUniUnion::OrgDeleteExecute);
     Handle(ui_->ActMemberType, &QAction::triggered, &TFrmUniUnion::ActMemberTypeExecute);
     Handle(ui_->ActRuleConfigure, &QAction::triggered, &TFrmUniUnion::ActRuleConfigureExecute);
-    for (QAction *later : {ui_->ActUniProduct, ui_->OrgNew, ui_->OrgModify})
+    Handle(ui_->ActUniProduct, &QAction::triggered, &TFrmUniUnion::ActUniProductExecute);
+    for (QAction *later : {ui_->OrgNew, ui_->OrgModify})
         Handle(later, &QAction::triggered, [this, later] { ShowNotProvided(this, later->text()); });
 
     Handle(ui_->TreeGrid, &DataTree::FocusedNodeChanged, &TFrmUniUnion::TreeGridFocusedNodeChanged);
@@ -200,6 +202,11 @@ void TFrmUniUnion::ActMemberTypeExecute()
 void TFrmUniUnion::ActRuleConfigureExecute()
 {
     TFrmUniRuleConfigure(this, FocusedUnionId()).ShowModal();
+}
+
+void TFrmUniUnion::ActUniProductExecute()
+{
+    (new TFrmUniProduct(this, FocusedUnionId()))->ShowModal(); // frees itself when it is closed
 }
 
 void TFrmUniUnion::OrgDeleteExecute()

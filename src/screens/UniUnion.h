@@ -40,6 +40,7 @@ private:
     void OrgDeleteExecute();
     void ActMemberTypeExecute();
     void ActRuleConfigureExecute();
+    void ActUniProductExecute();
     void TreeGridFocusedNodeChanged();
     void TreeGridSearch();
 

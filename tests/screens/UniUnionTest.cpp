@@ -4,6 +4,7 @@
 #include "controls/DataTree.h"
 #include "screens/ScreenFixture.h"
 #include "screens/UniMemberType.h"
+#include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
 
 #include <QLabel>
@@ -466,10 +467,35 @@ private slots:
         QCOMPARE(screen.server.Statements(), QStringList{UniRuleSql::Rules(u"11"_s)});
     }
 
+    void ProductCatalogueOpensForTheFocusedGroupAndFreesItself()
+    {
+        Screen screen;
+        screen.Query();
+        screen.Focus(u"11"_s);
+        screen.server.OnQuery(u"FROM UNI_PRODUCT A"_s).Answer(Rows({u"PRODUCT_ID"_s}, {}));
+        screen.server.ClearRecords();
+        QPointer<QWidget> catalogue;
+        int freed = 0;
+        ModalVisitor visitor([&](QWidget *dialog) {
+            catalogue = dialog;
+            connect(dialog, &QObject::destroyed, this, [&freed] { ++freed; });
+            QCOMPARE(dialog->windowTitle(), u"集团产品维护"_s);
+            QCOMPARE(TFrmUniProduct::Instance(), dialog);
+            Click(dialog, u"BtnQuery"_s);
+            Click(dialog, u"BtnClose"_s);
+        });
+        Trigger(&screen.form, u"ActUniProduct"_s);
+        QCOMPARE(screen.server.Statements(),
+                 QStringList{UniProductSql::Catalogue(u"11"_s, {{}, {}, u"全部"_s, {}})});
+        QCOMPARE(TFrmUniProduct::Instance(), nullptr);
+        QTRY_VERIFY(!catalogue);
+        QCOMPARE(freed, 1);
+    }
+
     void DialogsToComeSayThatTheyAreNotProvided_data()
     {
         QTest::addColumn<QString>("action");
-        for (const char *name : {"OrgNew", "OrgModify", "ActUniProduct"})
+        for (const char *name : {"OrgNew", "OrgModify"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void DialogsToComeSayThatTheyAreNotProvided()
