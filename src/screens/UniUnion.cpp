@@ -15,6 +15,7 @@
 #include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
 #include "screens/UniUnionEdit.h"
+#include "screens/UniUnionOrgEdit.h"
 #include "ui_UniUnion.h"
 
 namespace Qel {
@@ -70,11 +71,12 @@ TFrmUniUnion::TFrmUniUnion(QWidget *owner)
     Handle(ui_->UniChildNew, &QAction::triggered, &TFrmUniUnion::UniChildNewExecute);
     Handle(ui_->UniModify, &QAction::triggered, &TFrmUniUnion::UniModifyExecute);
     Handle(ui_->UniDelete, &QAction::triggered, &TFrmUniUnion::UniDeleteExecute);
+    Handle(ui_->OrgModify, &QAction::triggered, &TFrmUniUnion::OrgModifyExecute);
     Handle(ui_->OrgDelete, &QAction::triggered, &TFrmUniUnion::OrgDeleteExecute);
     Handle(ui_->ActMemberType, &QAction::triggered, &TFrmUniUnion::ActMemberTypeExecute);
     Handle(ui_->ActRuleConfigure, &QAction::triggered, &TFrmUniUnion::ActRuleConfigureExecute);
     Handle(ui_->ActUniProduct, &QAction::triggered, &TFrmUniUnion::ActUniProductExecute);
-    for (QAction *later : {ui_->OrgNew, ui_->OrgModify})
+    for (QAction *later : {ui_->OrgNew})
         Handle(later, &QAction::triggered, [this, later] { ShowNotProvided(this, later->text()); });
 
     Handle(ui_->TreeGrid, &DataTree::FocusedNodeChanged, &TFrmUniUnion::TreeGridFocusedNodeChanged);
@@ -190,6 +192,13 @@ void TFrmUniUnion::UniDeleteExecute()
     ShowResultMessage(code, DeleteUnionMessages);
     if (code == u"1")
         cdsUnion.Delete();
+}
+
+void TFrmUniUnion::OrgModifyExecute()
+{
+    // Nothing is loaded anew: the grid shows the member's old type until its group is focused
+    // again.
+    TFrmUniUnionOrgEdit(this, MemberOfCurrentRow(FocusedUnionId(), cdsOrg)).ShowModal();
 }
 
 void TFrmUniUnion::ActMemberTypeExecute()

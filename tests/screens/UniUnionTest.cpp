@@ -7,6 +7,8 @@
 #include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -492,10 +494,53 @@ private slots:
         QCOMPARE(freed, 1);
     }
 
+    void ModifyingAMemberHandsItsRowOver()
+    {
+        Screen screen;
+        screen.server.OnQuery(u"uni_org_type"_s)
+            .Answer(Rows({u"ORG_TYPE_ID"_s, u"ORG_TYPE_NAME"_s}, {{u"1"_s, u"采购成员"_s}}));
+        screen.Query();
+        ModalVisitor visitor([&](QWidget *dialog) {
+            QCOMPARE(dialog->windowTitle(), u"成员维护"_s);
+            QCOMPARE(screen.server.LastQuery().sql, Expected(u"unionorgedit.types"_s));
+            QCOMPARE(Child<QLineEdit>(dialog, u"edOrgName"_s)->text(), u"市第一医院"_s);
+            QCOMPARE(Child<QComboBox>(dialog, u"ed_orgtype"_s)->currentText(), u"采购成员"_s);
+            QVERIFY(Child<QCheckBox>(dialog, u"ckBuy"_s)->isChecked());
+            QVERIFY(!Child<QCheckBox>(dialog, u"ckSend"_s)->isChecked());
+            Click(dialog, u"BtnClose"_s);
+        });
+        Trigger(&screen.form, u"OrgModify"_s);
+        QVERIFY(visitor.Visited());
+    }
+
+    void StaleMemberGridShowsTheOldTypeUntilTheGroupIsFocusedAgain()
+    {
+        Screen screen;
+        screen.server.OnQuery(u"uni_org_type"_s)
+            .Answer(Rows({u"ORG_TYPE_ID"_s, u"ORG_TYPE_NAME"_s},
+                         {{u"1"_s, u"采购成员"_s}, {u"3"_s, u"管理成员"_s}}));
+        screen.server.OnPost(u"insert_update_UniUnionOrg"_s).Code(u"1"_s);
+        screen.Query();
+        screen.server.ClearRecords();
+        ModalVisitor visitor([](QWidget *dialog) {
+            Press(dialog, u"ed_orgtype"_s, Qt::Key_Down);
+            Click(dialog, u"BtnSave"_s);
+        });
+        Trigger(&screen.form, u"OrgModify"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(screen.server.LastPost().Value(u"ORG_TYPE_ID"_s), u"3"_s);
+        QCOMPARE(screen.server.Queries().size(), 1); // the dialog's types; no members
+        QCOMPARE(screen.Grid().DataSet()->FieldText(u"ORG_TYPE_NAME"), u"采购成员"_s);
+        QCOMPARE(screen.Grid().DataSet()->FieldText(u"ORG_TYPE_ID"), u"1"_s);
+        screen.Focus(u"12"_s);
+        screen.Focus(u"10"_s);
+        QCOMPARE(screen.server.LastQuery().sql, UniUnionSql::Members(u"10"_s));
+    }
+
     void DialogsToComeSayThatTheyAreNotProvided_data()
     {
         QTest::addColumn<QString>("action");
-        for (const char *name : {"OrgNew", "OrgModify"})
+        for (const char *name : {"OrgNew"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void DialogsToComeSayThatTheyAreNotProvided()
