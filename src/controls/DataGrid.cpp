@@ -13,6 +13,20 @@ using namespace Qt::StringLiterals;
 
 namespace Qel {
 
+namespace {
+
+/// The keys of drop-down lists, and the one that edits a cell.
+bool OpensList(const QKeyEvent &event)
+{
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    if (event.key() == Qt::Key_Down)
+        return modifiers == Qt::AltModifier;
+    return modifiers == Qt::NoModifier &&
+           (event.key() == Qt::Key_F2 || event.key() == Qt::Key_F4 || event.key() == Qt::Key_Space);
+}
+
+} // namespace
+
 DataGrid::DataGrid(QWidget *parent)
     : QTableView(parent)
     , model_(new DataSetModel(this))
@@ -186,7 +200,7 @@ void DataGrid::keyPressEvent(QKeyEvent *event)
             emit RowActivated();
         return;
     }
-    if (CopyByKey(*event, *header_, current))
+    if (CopyByKey(*event, *header_, current) || (OpensList(*event) && DropDown(current)))
         return;
     if (event->key() == Qt::Key_Space && current.isValid() &&
         !model_->flags(current).testAnyFlags(Qt::ItemIsEditable | Qt::ItemIsUserCheckable)) {
@@ -196,15 +210,16 @@ void DataGrid::keyPressEvent(QKeyEvent *event)
     QTableView::keyPressEvent(event);
 }
 
-/// One click opens a cell's list.
-void DataGrid::DropDown(const QModelIndex &index)
+/// A click or one of the keys that open a list opens a cell's list. False if it has none.
+bool DataGrid::DropDown(const QModelIndex &index)
 {
     if (GridEditor(index.data(EditorRole).toInt()) != GridEditor::Combo ||
         !model_->flags(index).testFlag(Qt::ItemIsEditable) || state() == EditingState)
-        return;
+        return false;
     edit(index);
     if (auto *combo = qobject_cast<QComboBox *>(indexWidget(index)))
         combo->showPopup();
+    return true;
 }
 
 /// The blank key ticks the row from wherever in it the focus is.

@@ -13,7 +13,8 @@ class GridHeader;
 /// A plain grid over a dataset: one line a row, whole rows selected, the view's current row and
 /// the dataset's kept the same. Always has a current row when there are rows. Enter and double
 /// click report the current row; Ctrl+C copies the current cell, Ctrl+Shift+C the row; the
-/// blank key ticks. The context menu is made of the widget's actions.
+/// blank key ticks. A click, F2, F4, Alt+Down or the blank key open the list of a cell that has
+/// one. The context menu is made of the widget's actions.
 ///
 /// Layouts give the columns as data: <property name="columns" stdset="0"><stringlist>, each
 /// "FIELD|caption|width|editor|flags" (see ParseGridColumn).
@@ -75,7 +76,7 @@ protected:
 
 private:
     void FitHeights();
-    void DropDown(const QModelIndex &index);
+    bool DropDown(const QModelIndex &index);
     bool OpensEditor(const QModelIndex &index) const;
     void TickRow(const QModelIndex &current);
 

@@ -108,6 +108,14 @@ void ImageComboBox::SetItemHeight(int height)
     view()->doItemsLayout();
 }
 
+void ImageComboBox::showPopup()
+{
+    QComboBox::showPopup();
+    // Where nothing is selected, the base makes the first item current without showing it.
+    if (currentIndex() < 0)
+        view()->setCurrentIndex(model()->index(0, modelColumn()));
+}
+
 void ImageComboBox::ReportChange()
 {
     if (filling_)

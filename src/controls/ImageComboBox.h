@@ -34,6 +34,8 @@ public:
     int ItemHeight() const { return itemHeight_; }
     void SetItemHeight(int height); ///< least height of a list line, device-independent pixels
 
+    void showPopup() override; ///< the list starts at the selected item, else at the first
+
 signals:
     /// Another value was selected, by the user or by code, or none any more. (The user's choice
     /// alone is QComboBox::activated.)

@@ -309,6 +309,33 @@ private slots:
         QCOMPARE(grid_->model()->index(0, 2).data().toString(), u"药房"_s);
     }
 
+    void KeysOpenACellsListAndChooseFromIt_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::newRow("F2") << int(Qt::Key_F2) << 0;
+        QTest::newRow("F4") << int(Qt::Key_F4) << 0;
+        QTest::newRow("blank") << int(Qt::Key_Space) << 0;
+        QTest::newRow("Alt+Down") << int(Qt::Key_Down) << int(Qt::AltModifier);
+    }
+    void KeysOpenACellsListAndChooseFromIt()
+    {
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        Show();
+        grid_->setFocus();
+        grid_->setCurrentIndex(grid_->model()->index(0, 2));
+        QTest::keyClick(grid_.get(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        auto *combo = grid_->findChild<ImageComboBox *>(u"cellEditor"_s);
+        QVERIFY(combo);
+        QVERIFY(combo->view()->isVisible());
+        QTest::keyClick(combo->view(), Qt::Key_Down);
+        QTest::keyClick(combo->view(), Qt::Key_Return);
+        QCOMPARE(dataSet_->TextAt(0, 2), u"5"_s);
+        QCOMPARE(grid_->currentIndex().row(), 0);
+        QTRY_VERIFY(!grid_->findChild<ImageComboBox *>(u"cellEditor"_s));
+    }
+
     void ADateIsEditedInPlace()
     {
         Show();

@@ -117,6 +117,20 @@ private slots:
         combo_->setParent(nullptr);
     }
 
+    void AListWithoutSelectionStartsAtItsFirstItem()
+    {
+        combo_->show();
+        combo_->SetItems(ParseValueList({u"4|医院"_s, u"5|药房"_s}));
+        combo_->SetEditValue(u"9"_s);
+        combo_->showPopup();
+        QVERIFY(combo_->view()->selectionModel()->isSelected(combo_->model()->index(0, 0)));
+        combo_->hidePopup();
+        QCOMPARE(combo_->EditValue(), QString()); // opening it chose nothing
+        combo_->SetEditValue(u"5"_s);
+        combo_->showPopup();
+        QCOMPARE(combo_->view()->currentIndex().row(), 1);
+    }
+
     void LinesAreAtLeastAsHighAsAsked()
     {
         QCOMPARE(combo_->ItemHeight(), 18);
