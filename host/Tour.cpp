@@ -42,6 +42,7 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN01-product-candidates",
      u"ADMIN01",
      {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
+    {u"ADMIN01-new-members", u"ADMIN01", {u"OrgNew", u"+BtnQuery"}},
     {u"ADMIN01-modify-member", u"ADMIN01", {u"OrgModify"}},
 };
 

@@ -22,18 +22,7 @@ TFrmNotProvided::TFrmNotProvided(QWidget *owner, const QString &caption)
     auto *close = new QPushButton(u"返回"_s);
     close->setObjectName(u"BtnClose"_s);
     layout->addWidget(close, 0, Qt::AlignRight);
-    SetCancelButton(close);
-    Handle(close, &QPushButton::clicked, [this] {
-        if (IsModal())
-            SetModalResult(TModalResult::Cancel);
-        else
-            this->close();
-    });
-}
-
-void ShowNotProvided(QWidget *owner, const QString &caption)
-{
-    TFrmNotProvided(owner, caption).ShowModal();
+    Handle(close, &QPushButton::clicked, &TFrmNotProvided::close);
 }
 
 } // namespace Qel

@@ -4,7 +4,7 @@
 
 namespace Qel {
 
-/// Stands where a screen or dialog will come: its caption and the line "尚未提供".
+/// Stands where a screen will come: its caption and the line "尚未提供".
 class TFrmNotProvided : public TFrmBaseForm
 {
     Q_OBJECT
@@ -12,8 +12,5 @@ class TFrmNotProvided : public TFrmBaseForm
 public:
     TFrmNotProvided(QWidget *owner, const QString &caption);
 };
-
-/// Shows that as a dialog, for an action whose dialog is still to come.
-void ShowNotProvided(QWidget *owner, const QString &caption);
 
 } // namespace Qel

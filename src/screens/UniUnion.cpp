@@ -5,7 +5,6 @@
 #include "frame/Guards.h"
 #include "frame/LibrarySide.h"
 #include "frame/MisCommon.h"
-#include "frame/NotProvided.h"
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
 #include "frame/QueryPage.h"
@@ -16,6 +15,7 @@
 #include "screens/UniRuleConfigure.h"
 #include "screens/UniUnionEdit.h"
 #include "screens/UniUnionOrgEdit.h"
+#include "screens/UniUnionOrgNew.h"
 #include "ui_UniUnion.h"
 
 namespace Qel {
@@ -71,13 +71,12 @@ TFrmUniUnion::TFrmUniUnion(QWidget *owner)
     Handle(ui_->UniChildNew, &QAction::triggered, &TFrmUniUnion::UniChildNewExecute);
     Handle(ui_->UniModify, &QAction::triggered, &TFrmUniUnion::UniModifyExecute);
     Handle(ui_->UniDelete, &QAction::triggered, &TFrmUniUnion::UniDeleteExecute);
+    Handle(ui_->OrgNew, &QAction::triggered, &TFrmUniUnion::OrgNewExecute);
     Handle(ui_->OrgModify, &QAction::triggered, &TFrmUniUnion::OrgModifyExecute);
     Handle(ui_->OrgDelete, &QAction::triggered, &TFrmUniUnion::OrgDeleteExecute);
     Handle(ui_->ActMemberType, &QAction::triggered, &TFrmUniUnion::ActMemberTypeExecute);
     Handle(ui_->ActRuleConfigure, &QAction::triggered, &TFrmUniUnion::ActRuleConfigureExecute);
     Handle(ui_->ActUniProduct, &QAction::triggered, &TFrmUniUnion::ActUniProductExecute);
-    for (QAction *later : {ui_->OrgNew})
-        Handle(later, &QAction::triggered, [this, later] { ShowNotProvided(this, later->text()); });
 
     Handle(ui_->TreeGrid, &DataTree::FocusedNodeChanged, &TFrmUniUnion::TreeGridFocusedNodeChanged);
     Handle(ui_->TreeGrid, &DataTree::SearchRequested, &TFrmUniUnion::TreeGridSearch);
@@ -192,6 +191,12 @@ void TFrmUniUnion::UniDeleteExecute()
     ShowResultMessage(code, DeleteUnionMessages);
     if (code == u"1")
         cdsUnion.Delete();
+}
+
+void TFrmUniUnion::OrgNewExecute()
+{
+    if (TFrmUniUnionOrgNew(this, FocusedUnionId()).ShowModal() == TModalResult::Ok)
+        LoadMembers(FocusedUnionId());
 }
 
 void TFrmUniUnion::OrgModifyExecute()

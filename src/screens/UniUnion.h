@@ -37,6 +37,7 @@ private:
     void UniChildNewExecute();
     void UniModifyExecute();
     void UniDeleteExecute();
+    void OrgNewExecute();
     void OrgModifyExecute();
     void OrgDeleteExecute();
     void ActMemberTypeExecute();
