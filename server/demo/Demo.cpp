@@ -1,10 +1,13 @@
 #include "demo/Demo.h"
 
+#include "demo/Catalogues.h"
 #include "demo/Groups.h"
+#include "demo/History.h"
 #include "demo/Memberships.h"
 #include "demo/Organisations.h"
 #include "demo/Products.h"
 #include "demo/Regions.h"
+#include "demo/Rules.h"
 #include "demo/Users.h"
 
 #include <algorithm>
@@ -23,9 +26,10 @@ struct CountedTable
 
 /// The tables whose keys are counted, with the series that SRV_SEQUENCE goes on with.
 constexpr CountedTable CountedTables[] = {
-    {u"BAS_REGION", IdSeries::Region},   {u"BAS_ORG", IdSeries::Organisation},
-    {u"UNI_UNION", IdSeries::Group},     {u"UNI_ORG_TYPE", IdSeries::MemberType},
-    {u"BAS_PRODUCT", IdSeries::Product}, {u"USR_USER", IdSeries::User},
+    {u"BAS_REGION", IdSeries::Region},       {u"BAS_ORG", IdSeries::Organisation},
+    {u"UNI_UNION", IdSeries::Group},         {u"UNI_ORG_TYPE", IdSeries::MemberType},
+    {u"BAS_PRODUCT", IdSeries::Product},     {u"USR_USER", IdSeries::User},
+    {u"SYS_UPDATE_LOG", IdSeries::LogEntry},
 };
 
 void StoreSequences(Store::Connection &connection, const std::vector<TableRows> &tables)
@@ -68,17 +72,23 @@ std::vector<TableRows> MakeRows()
     const std::vector<Group> groups = MakeGroups(plans, organisations);
     const Members members = MakeMembers(groups, organisations);
     const std::vector<User> users = MakeUsers(organisations, initials);
-    return {
-        regions.Rows(),
-        OrganisationRows(u"BAS_ORG"_s, organisations, initials),
-        OrganisationRows(u"CAT_ORG"_s, Sellers(organisations), initials),
-        ProductRows(organisations, initials),
-        UserRows(users),
-        GroupRows(groups, regions),
-        MemberTypeRows(members.types),
-        MembershipRows(members.memberships),
-        AssignmentRows(users, groups, members.memberships),
-    };
+    TableRows products = ProductRows(organisations, initials);
+    const QStringList productIds = products.LiveKeys();
+    History history(groups, users);
+    std::vector<TableRows> tables;
+    tables.push_back(regions.Rows());
+    tables.push_back(OrganisationRows(u"BAS_ORG"_s, organisations, initials));
+    tables.push_back(OrganisationRows(u"CAT_ORG"_s, Sellers(organisations), initials));
+    tables.push_back(std::move(products));
+    tables.push_back(UserRows(users));
+    tables.push_back(GroupRows(groups, regions, history));
+    tables.push_back(MemberTypeRows(members.types, history));
+    tables.push_back(MembershipRows(members.memberships, history));
+    tables.push_back(AssignmentRows(users, groups, members.memberships, history));
+    tables.push_back(RuleRows(groups, members.memberships, history));
+    tables.push_back(CatalogueRows(groups, productIds, history));
+    tables.push_back(history.Rows()); // the others have made it
+    return tables;
 }
 
 void Fill(Store::Connection &connection)

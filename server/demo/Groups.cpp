@@ -2,6 +2,7 @@
 
 #include "dataset/QelError.h"
 #include "demo/DemoFiles.h"
+#include "demo/History.h"
 
 #include <QSet>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr qsizetype TopCodeDigits = 4;
 constexpr qsizetype CodeDigitsPerLevel = 2;
+constexpr std::size_t ChangedEvery = 4; ///< one group of so many was changed after its founding
 
 /// Groups of the health bureaus are led by the province's purchasing centre, the others by a
 /// hospital of their region.
@@ -66,17 +68,22 @@ std::vector<Group> MakeGroups(const std::vector<GroupPlan> &plans,
     return groups;
 }
 
-TableRows GroupRows(const std::vector<Group> &groups, const Regions &regions)
+TableRows GroupRows(const std::vector<Group> &groups, const Regions &regions, History &history)
 {
     TableRows rows(u"UNI_UNION"_s, {u"UNION_ID"_s, u"PARENT_ID"_s, u"UNION_CODE"_s, u"UNION_NAME"_s,
                                     u"UNION_TYPE"_s, u"REGION_ID"_s, u"MASTER_ORGID"_s, u"REMARK"_s,
                                     u"ENABLE_FLAG"_s});
     for (const Group &group : groups) {
         const Region &region = regions.ByCode(group.region);
+        const bool changed =
+            group.state == State::Live && rows.Rows().size() % ChangedEvery == ChangedEvery - 1;
+        const Stamp last = history.Note(
+            {rows.Table(), group.id, {}}, group.id, history.Begin(Phase::Founding, group.id),
+            changed ? QList{Change::Insert, Change::Modify} : LifeOf(group.state));
         rows.Add({group.id, group.parentId, group.code, group.name, group.type, region.id,
                   group.master->id, u"覆盖%1的医药采购"_s.arg(region.fullName),
                   group.state == State::Deleted ? u"D"_s : u"1"_s},
-                 group.state);
+                 last, group.state);
     }
     return rows;
 }

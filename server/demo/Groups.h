@@ -6,6 +6,8 @@
 
 namespace Qel::Demo {
 
+class History;
+
 /// A purchasing group as groups.csv names it.
 struct GroupPlan
 {
@@ -31,6 +33,6 @@ struct Group : GroupPlan
 std::vector<Group> MakeGroups(const std::vector<GroupPlan> &plans,
                               const std::vector<Organisation> &organisations);
 
-TableRows GroupRows(const std::vector<Group> &groups, const Regions &regions);
+TableRows GroupRows(const std::vector<Group> &groups, const Regions &regions, History &history);
 
 } // namespace Qel::Demo

@@ -2,6 +2,7 @@
 
 #include "dataset/QelError.h"
 #include "demo/DemoFiles.h"
+#include "demo/History.h"
 #include "demo/Random.h"
 
 #include <array>
@@ -15,6 +16,10 @@ namespace {
 /// Live members of a group by its level; 4,000 in all.
 constexpr std::array<int, 4> MembersOfLevel{120, 80, 48, 32};
 constexpr int BuyerPercent = 55; ///< at most, where the region has so many
+
+constexpr int ChangedEvery = 15;          ///< one member of so many got another type later
+constexpr int MembersPerPost = 50;        ///< as many as a page of candidates
+constexpr OfficeTime PostTakes = 15 * 60; ///< seconds from one page to the next
 
 bool IsBuyer(const Organisation &organisation)
 {
@@ -112,24 +117,39 @@ Members MakeMembers(const std::vector<Group> &groups,
     return std::move(maker.members_);
 }
 
-TableRows MemberTypeRows(const std::vector<MemberType> &types)
+TableRows MemberTypeRows(const std::vector<MemberType> &types, History &history)
 {
     TableRows rows(u"UNI_ORG_TYPE"_s,
                    {u"ORG_TYPE_ID"_s, u"UNION_ID"_s, u"ORG_TYPE_NAME"_s, u"BUYER_FLAG"_s,
                     u"SALER_FLAG"_s, u"SENDER_FLAG"_s, u"ADMIN_FLAG"_s, u"REMARK"_s});
-    for (const MemberType &type : types)
+    for (const MemberType &type : types) {
+        // A group's types are saved together.
+        const Stamp last =
+            history.Note({rows.Table(), type.id, {}}, type.groupId,
+                         history.Begin(Phase::MemberTypes, type.groupId), LifeOf(type.state));
         rows.Add(QStringList{type.id, type.groupId, type.name} + type.flags +
                      QStringList{type.remark},
-                 type.state);
+                 last, type.state);
+    }
     return rows;
 }
 
-TableRows MembershipRows(const std::vector<Membership> &memberships)
+TableRows MembershipRows(const std::vector<Membership> &memberships, History &history)
 {
     TableRows rows(u"UNI_ORG"_s, {u"UNION_ID"_s, u"ORG_ID"_s, u"ORG_TYPE_ID"_s});
-    for (const Membership &membership : memberships)
-        rows.Add({membership.groupId, membership.organisation->id, membership.memberTypeId},
+    QHash<QString, int> added; // by group
+    for (const Membership &membership : memberships) {
+        const QString &organisation = membership.organisation->id;
+        const int number = added[membership.groupId]++;
+        const bool changed =
+            membership.state == State::Live && number % ChangedEvery == ChangedEvery - 1;
+        const Stamp last = history.Note(
+            {rows.Table(), membership.groupId, organisation}, membership.groupId,
+            history.Begin(Phase::Members, membership.groupId) + number / MembersPerPost * PostTakes,
+            changed ? QList{Change::Insert, Change::Modify} : LifeOf(membership.state));
+        rows.Add({membership.groupId, organisation, membership.memberTypeId}, last,
                  membership.state);
+    }
     return rows;
 }
 

@@ -35,7 +35,7 @@ struct Members
 Members MakeMembers(const std::vector<Group> &groups,
                     const std::vector<Organisation> &organisations);
 
-TableRows MemberTypeRows(const std::vector<MemberType> &types);
-TableRows MembershipRows(const std::vector<Membership> &memberships);
+TableRows MemberTypeRows(const std::vector<MemberType> &types, History &history);
+TableRows MembershipRows(const std::vector<Membership> &memberships, History &history);
 
 } // namespace Qel::Demo

@@ -1,19 +1,15 @@
 #include "demo/TableRows.h"
 
-#include <QDateTime>
-
 using namespace Qt::StringLiterals;
 
 namespace Qel::Demo {
 
 namespace {
 
-/// The rows were entered one after the other in the platform's first months.
-QString EntryTime(qsizetype row)
-{
-    static const QDateTime first(QDate(2024, 3, 1), QTime(8, 30), Qt::UTC);
-    return first.addSecs(row * 937).toString(u"yyyy-MM-dd hh:mm:ss"_s);
-}
+constexpr OfficeTime ImportSeconds = 3; ///< so long takes a row of the master data
+const QStringList AuditColumns{u"LAST_OPERATE"_s, u"LAST_USER"_s, u"LAST_USER_ID"_s,
+                               u"LAST_UPDATE"_s};
+const QString Deleted = u"D"_s;
 
 } // namespace
 
@@ -27,19 +23,43 @@ QString Padded(qsizetype number, int digits)
     return QString::number(number).rightJustified(digits, u'0');
 }
 
-TableRows::TableRows(QString table, QStringList columns)
+TableRows::TableRows(QString table, QStringList columns, Audit audit)
     : table_(std::move(table))
     , columns_(std::move(columns))
 {
-    columns_ += {u"LAST_OPERATE"_s, u"LAST_USER"_s, u"LAST_USER_ID"_s, u"LAST_UPDATE"_s};
+    if (audit == Audit::Columns)
+        columns_ += AuditColumns;
 }
 
 void TableRows::Add(QStringList values, State state)
 {
-    values += {state == State::Deleted ? u"D"_s : u"1"_s, AdminUserName.toString(),
-               MakeId(IdSeries::User, 0), EntryTime(static_cast<qsizetype>(rows_.size()))};
+    const Stamp import{MakeId(IdSeries::User, 0), AdminUserName.toString(),
+                       static_cast<qsizetype>(rows_.size()) * ImportSeconds};
+    Add(std::move(values), import, state);
+}
+
+void TableRows::Add(QStringList values, const Stamp &last, State state)
+{
+    values += {state == State::Deleted ? Deleted : u"1"_s, last.userName, last.userId,
+               OfficeTimeText(last.time)};
+    AddPlain(std::move(values));
+}
+
+void TableRows::AddPlain(QStringList values)
+{
     Q_ASSERT(values.size() == columns_.size());
     rows_.push_back(std::move(values));
+}
+
+QStringList TableRows::LiveKeys() const
+{
+    const qsizetype operation = columns_.indexOf(AuditColumns.front());
+    QStringList keys;
+    for (const QStringList &row : rows_) {
+        if (row[operation] != Deleted)
+            keys += row.front();
+    }
+    return keys;
 }
 
 void TableRows::Store(Store::Connection &connection) const

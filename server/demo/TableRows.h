@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/OfficeTime.h"
 #include "store/Connection.h"
 
 #include <QStringList>
@@ -23,6 +24,7 @@ enum class IdSeries {
     MemberType = 400001,
     Product = 500001,
     User = 600001,
+    LogEntry = 70000001, ///< eight digits: there are more of them than six would hold
 };
 
 /// The key of the row that is counted `index` in its table, from 0.
@@ -31,24 +33,43 @@ QString MakeId(IdSeries series, qsizetype index);
 /// The number with zeros before it, of so many digits at least.
 QString Padded(qsizetype number, int digits);
 
-/// Rows to be stored in a table, with the audit columns that every table has.
+/// Who changed a row last, and when.
+struct Stamp
+{
+    QString userId;
+    QString userName;
+    OfficeTime time = 0;
+};
+
+/// Rows to be stored in a table.
 class TableRows
 {
 public:
-    TableRows(QString table, QStringList columns);
+    enum class Audit {
+        Columns, ///< the table has the four columns that say who stored a row last
+        None,
+    };
 
-    /// One value a column, the empty text for NULL.
+    TableRows(QString table, QStringList columns, Audit audit = Audit::Columns);
+
+    /// One value a column, the empty text for NULL. Master data: imported by the operator of the
+    /// sample database on the first day, one row after the other.
     void Add(QStringList values, State state = State::Live);
+    void Add(QStringList values, const Stamp &last, State state = State::Live);
+    /// For a table without audit columns.
+    void AddPlain(QStringList values);
 
     const QString &Table() const { return table_; }
     const QStringList &Columns() const { return columns_; }
     const std::vector<QStringList> &Rows() const { return rows_; }
+    /// The first value of each row that is not deleted.
+    QStringList LiveKeys() const;
 
     void Store(Store::Connection &connection) const;
 
 private:
     QString table_;
-    QStringList columns_;
+    QStringList columns_; ///< LAST_OPERATE is the first of the audit columns, which come last
     std::vector<QStringList> rows_;
 };
 

@@ -1,6 +1,7 @@
 #include "demo/Users.h"
 
 #include "demo/DemoFiles.h"
+#include "demo/History.h"
 #include "demo/Random.h"
 
 #include <QSet>
@@ -52,13 +53,6 @@ std::vector<const Organisation *> PlacesOfWork(const std::vector<Organisation> &
     return places;
 }
 
-/// Whether the user belongs to the purchasing centre of the group's province.
-bool IsOfProvince(const User &user, const Group &group)
-{
-    return user.organisation->type == OrgType::Operator &&
-           group.region.startsWith(user.organisation->region->code);
-}
-
 } // namespace
 
 std::vector<User> MakeUsers(const std::vector<Organisation> &organisations,
@@ -84,6 +78,12 @@ std::vector<User> MakeUsers(const std::vector<Organisation> &organisations,
     return users;
 }
 
+bool IsOfProvince(const User &user, const Group &group)
+{
+    return user.organisation->type == OrgType::Operator &&
+           group.region.startsWith(user.organisation->region->code);
+}
+
 TableRows UserRows(const std::vector<User> &users)
 {
     TableRows rows(u"USR_USER"_s, {u"USER_ID"_s, u"USER_CODE"_s, u"USER_NAME"_s, u"ORG_ID"_s,
@@ -96,7 +96,7 @@ TableRows UserRows(const std::vector<User> &users)
 }
 
 TableRows AssignmentRows(const std::vector<User> &users, const std::vector<Group> &groups,
-                         const std::vector<Membership> &memberships)
+                         const std::vector<Membership> &memberships, History &history)
 {
     QSet<QString> members; // group and organisation, live
     for (const Membership &membership : memberships) {
@@ -117,7 +117,10 @@ TableRows AssignmentRows(const std::vector<User> &users, const std::vector<Group
                 continue;
             const bool withdrawn = group.state == State::Deleted || user.state == State::Deleted ||
                                    (!admin && random.Below(WithdrawnEvery) == 0);
-            rows.Add({user.id, group.id}, withdrawn ? State::Deleted : State::Live);
+            const State state = withdrawn ? State::Deleted : State::Live;
+            const Stamp last = history.Note({rows.Table(), user.id, group.id}, group.id,
+                                            history.Begin(Phase::Users, group.id), LifeOf(state));
+            rows.Add({user.id, group.id}, last, state);
         }
     }
     return rows;

@@ -5,6 +5,8 @@
 
 namespace Qel::Demo {
 
+class History;
+
 struct User
 {
     QString id;
@@ -20,11 +22,14 @@ struct User
 std::vector<User> MakeUsers(const std::vector<Organisation> &organisations,
                             const Initials &initials);
 
+/// Whether the user belongs to the purchasing centre of the group's province.
+bool IsOfProvince(const User &user, const Group &group);
+
 TableRows UserRows(const std::vector<User> &users);
 
 /// Which groups a user may operate: the operator of the sample database all of them, a purchasing
 /// centre's users those of their province, a hospital's most of those that it is a member of.
 TableRows AssignmentRows(const std::vector<User> &users, const std::vector<Group> &groups,
-                         const std::vector<Membership> &memberships);
+                         const std::vector<Membership> &memberships, History &history);
 
 } // namespace Qel::Demo

@@ -16,7 +16,9 @@ namespace {
 
 constexpr int MidRequest = 200; ///< ms after which a frozen server is killed
 
-const QString Logged = u"SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME='UNI_UNION'"_s;
+/// What this test had logged; the sample data's own history ends long ago.
+const QString Logged = u"SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME='UNI_UNION' AND "
+                       "OPTION_DATE > DATE('now', '-2 days')"_s;
 
 int GroupsShown(QWidget *screen)
 {

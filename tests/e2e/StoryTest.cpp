@@ -12,9 +12,11 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString EditedGroup = u"SELECT %1 FROM UNI_UNION WHERE UNION_CODE='000101'"_s;
+/// What this test had logged; the sample data's own history ends long ago.
 const QString LogOfEditedGroup =
     u"SELECT USER_NAME || '/' || OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME='UNI_UNION' AND "
-    "KEY_ID1=(SELECT UNION_ID FROM UNI_UNION WHERE UNION_CODE='000101')"_s;
+    "KEY_ID1=(SELECT UNION_ID FROM UNI_UNION WHERE UNION_CODE='000101') AND "
+    "OPTION_DATE > DATE('now', '-2 days')"_s;
 
 QAbstractItemModel &TreeModel(QWidget *screen)
 {
