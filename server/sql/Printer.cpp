@@ -65,8 +65,15 @@ public:
         PrintFrom(query.joinOrder);
         PrintWhere(query);
         if (!query.groupBy.empty()) {
-            Put(" GROUP BY ");
-            PrintList(query.groupBy, ", ");
+            const char *separator = " GROUP BY ";
+            for (const NodePtr &value : query.groupBy) {
+                Put(separator);
+                separator = ", ";
+                if (IsConstant(*value))
+                    Put("COALESCE('',NULL)"); // one group of any constant
+                else
+                    Print(*value);
+            }
         }
         if (query.having) {
             Put(" HAVING ");
@@ -133,9 +140,7 @@ private:
     {
         const char *separator = " ORDER BY ";
         const auto print = [&](const OrderTerm &term) {
-            // A constant orders nothing, and a bare number would be read as a column's position.
-            const Op op = term.value->op;
-            if (op == Op::Text || op == Op::Number || op == Op::Null)
+            if (IsConstant(*term.value))
                 return;
             Put(separator);
             separator = ", ";
@@ -276,10 +281,11 @@ private:
         Print(*node.arguments[1]);
     }
 
+    /// One whose order says nothing; SQLite finds no outer columns there either.
     void PrintSubSelect(const Node &node)
     {
         Put("(");
-        Print(*node.query, Labels::Numbered, Ordering::Stated);
+        Print(*node.query, Labels::Numbered, Ordering::None);
         Put(")");
     }
 

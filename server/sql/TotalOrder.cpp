@@ -204,11 +204,6 @@ std::vector<NodePtr> RowIdentity(const Query &query, const std::vector<OrderTerm
     return identity;
 }
 
-bool IsConstant(const Node &node)
-{
-    return node.op == Op::Text || node.op == Op::Number || node.op == Op::Null;
-}
-
 /// What has to stand behind `order` so that no two of these values' rows are equal in it.
 std::vector<OrderTerm> Remaining(const std::vector<OrderTerm> &order,
                                  const std::vector<NodePtr> &identity)

@@ -1,6 +1,7 @@
 #include "sql/Tree.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace Qel::Sql {
 
@@ -67,7 +68,10 @@ void ForEachColumn(const Node &node, const std::function<void(const Node &)> &vi
 void ForEachSubSelect(const Query &query, const std::function<void(Query &)> &visit)
 {
     std::vector<Query *> direct;
+    std::unordered_set<const Node *> seen; // parts of a tree are shared, by ORDER BY above all
     const std::function<bool(const Node &)> collect = [&](const Node &node) {
+        if (!seen.insert(&node).second)
+            return true;
         if (node.query)
             direct.push_back(node.query.get());
         return std::all_of(node.arguments.begin(), node.arguments.end(),
@@ -82,6 +86,12 @@ void ForEachSubSelect(const Query &query, const std::function<void(Query &)> &vi
         ForEachSubSelect(*inner, visit);
         visit(*inner);
     }
+}
+
+bool IsConstant(const Node &node)
+{
+    return node.op == Op::Text || node.op == Op::Number || node.op == Op::Null ||
+           (node.op == Op::Function && node.fn == Fn::Negate && IsConstant(*node.arguments[0]));
 }
 
 bool CanBeNull(const Node &node)

@@ -134,6 +134,10 @@ void ForEachColumn(const Node &node, const std::function<void(const Node &)> &vi
 /// Calls `visit` for every query below this one, the innermost first.
 void ForEachSubSelect(const Query &query, const std::function<void(Query &)> &visit);
 
+/// A literal, signed or not: it orders and groups nothing, and databases may read it as the
+/// position of a column there.
+bool IsConstant(const Node &node);
+
 /// Whether a value can be NULL, as far as the tree shows it: false is certain.
 bool CanBeNull(const Node &node);
 
