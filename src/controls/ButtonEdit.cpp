@@ -60,6 +60,12 @@ void ButtonEdit::PressButton(int button)
         buttons_.at(button)->click();
 }
 
+void ButtonEdit::SetChoice(const QString &value, const QString &text)
+{
+    chosenValue_ = value;
+    setText(text);
+}
+
 QSize ButtonEdit::sizeHint() const
 {
     return QLineEdit::sizeHint() + QSize(ButtonsWidth(), 0);
@@ -123,6 +129,10 @@ void ButtonEdit::keyPressEvent(QKeyEvent *event)
 {
     if (!buttons_.isEmpty() && IsPressKey(*event)) {
         PressButton(0);
+        return;
+    }
+    if (clearable_ && isReadOnly() && event->key() == Qt::Key_Delete) {
+        ClearChoice();
         return;
     }
     QLineEdit::keyPressEvent(event);

@@ -9,7 +9,7 @@
 #include "frame/QelUtils.h"
 #include "frame/QueryPage.h"
 #include "frame/ResultMessages.h"
-#include "screens/OrgSelect.h"
+#include "screens/Pickers.h"
 #include "ui_UniRuleConfigure.h"
 
 namespace Qel {
@@ -100,14 +100,15 @@ void TFrmUniRuleConfigure::FormShow()
 {
     ui_->JTCGDSH_FLAG->setFocus();
     QueryAll(UniRuleSql::Rules(unionId_), cdsUniRule, TQueryType::Detail);
-    auditOrgId_ = RuleValue(cdsUniRule, AuditOrg);
+    const QString auditOrg = RuleValue(cdsUniRule, AuditOrg);
+    ui_->UNI_JTCGDSH_Org->SetChoice(auditOrg, {});
     ui_->JTCGDSH_FLAG->setChecked(RuleValue(cdsUniRule, AuditFlag) == u"1");
     SetEnabledByRule(ui_->btnSave, false);
-    if (auditOrgId_.isEmpty())
+    if (auditOrg.isEmpty())
         return;
     ClientDataSet org;
-    QueryAll(UniRuleSql::OrgName(auditOrgId_), org, TQueryType::Detail);
-    ui_->UNI_JTCGDSH_Org->setText(org.FieldText(u"ORG_NAME"));
+    QueryAll(UniRuleSql::OrgName(auditOrg), org, TQueryType::Detail);
+    ui_->UNI_JTCGDSH_Org->SetChoice(auditOrg, org.FieldText(u"ORG_NAME"));
 }
 
 void TFrmUniRuleConfigure::JTCGDSH_FLAGClick()
@@ -118,16 +119,11 @@ void TFrmUniRuleConfigure::JTCGDSH_FLAGClick()
 
 void TFrmUniRuleConfigure::UNI_JTCGDSH_OrgButtonClick()
 {
-    TFrmOrgSelect picker(this);
-    picker.SetOrgText(ui_->UNI_JTCGDSH_Org->text());
-    picker.BaseSql = UniRuleSql::Members(unionId_);
-    if (picker.ShowModal() != TModalResult::Ok)
-        return;
+    ButtonEdit &edit = *ui_->UNI_JTCGDSH_Org;
+    const QString before = edit.ChosenValue();
     // Two organisations may bear one name: the id tells whether there is something to apply.
-    if (picker.OrgId != auditOrgId_)
+    if (PickOrg(this, UniRuleSql::Members(unionId_), edit) && edit.ChosenValue() != before)
         SetEnabledByRule(ui_->btnSave, true);
-    auditOrgId_ = picker.OrgId;
-    ui_->UNI_JTCGDSH_Org->setText(picker.OrgName);
 }
 
 void TFrmUniRuleConfigure::btnSaveClick()
@@ -146,7 +142,7 @@ void TFrmUniRuleConfigure::BtnOkClick()
 
 void TFrmUniRuleConfigure::Save()
 {
-    if (ui_->JTCGDSH_FLAG->isChecked() && auditOrgId_.isEmpty())
+    if (ui_->JTCGDSH_FLAG->isChecked() && ui_->UNI_JTCGDSH_Org->ChosenValue().isEmpty())
         return InfoBox(u"请选择审核机构！"_s, u"提示"_s);
     const QList<Wire::NamedValues> rules = ChangedRules();
     if (rules.isEmpty())
@@ -164,7 +160,7 @@ QList<Wire::NamedValues> TFrmUniRuleConfigure::ChangedRules() const
 {
     if (ui_->JTCGDSH_FLAG->isChecked())
         return {PostedRule(unionId_, AuditFlag, u"1"_s),
-                PostedRule(unionId_, AuditOrg, auditOrgId_)};
+                PostedRule(unionId_, AuditOrg, ui_->UNI_JTCGDSH_Org->ChosenValue())};
     if (FindRule(cdsUniRule, AuditFlag) >= 0)
         return {PostedRule(unionId_, AuditFlag, u"0"_s)};
     return {};

@@ -46,7 +46,6 @@ private:
     std::unique_ptr<Ui::TFrmUniRuleConfigure> ui_;
     ClientDataSet cdsUniRule;
     QString unionId_;
-    QString auditOrgId_;
 };
 
 } // namespace Qel

@@ -9,8 +9,7 @@
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
 #include "frame/ResultMessages.h"
-#include "screens/OrgSelect.h"
-#include "screens/RegionSelect.h"
+#include "screens/Pickers.h"
 #include "ui_UniUnionEdit.h"
 
 namespace Qel {
@@ -85,8 +84,6 @@ TFrmUniUnionEdit::TFrmUniUnionEdit(QWidget *owner, ClientDataSet &unions,
     , ui_(std::make_unique<Ui::TFrmUniUnionEdit>())
     , unions_(unions)
     , handOver_(handOver)
-    , regionId_(handOver.regionId)
-    , masterOrgId_(handOver.masterOrgId)
 {
     ui_->setupUi(this);
     DataModule().SetFormStyle(this);
@@ -97,17 +94,9 @@ TFrmUniUnionEdit::TFrmUniUnionEdit(QWidget *owner, ClientDataSet &unions,
     Handle(new DigitGuard(ui_->edUnion_CODE), &DigitGuard::LeftWithIllegal,
            [] { WarningBox(u"编码中含有非法字符！"_s, u"警告"_s); });
     Handle(ui_->edRegionName, &ButtonEdit::ButtonClicked,
-           &TFrmUniUnionEdit::edRegionNameButtonClick);
+           [this] { PickRegion(this, *ui_->edRegionName); });
     Handle(ui_->edMasterOrgName, &ButtonEdit::ButtonClicked,
-           &TFrmUniUnionEdit::edMasterOrgNameButtonClick);
-    HandleKey(ui_->edRegionName, Qt::Key_Delete, [this] {
-        ui_->edRegionName->clear();
-        regionId_.clear();
-    });
-    HandleKey(ui_->edMasterOrgName, Qt::Key_Delete, [this] {
-        ui_->edMasterOrgName->clear();
-        masterOrgId_.clear();
-    });
+           [this] { PickOrg(this, u"SELECT * FROM BAS_ORG "_s, *ui_->edMasterOrgName); });
 }
 
 TFrmUniUnionEdit::~TFrmUniUnionEdit() = default;
@@ -121,8 +110,8 @@ void TFrmUniUnionEdit::FormShow()
     ui_->edUnion_CODE->setText(handOver_.code);
     ui_->edUnion_NAME->setText(handOver_.name);
     ui_->cbUnion_TYPE->SetEditValue(handOver_.type);
-    ui_->edRegionName->setText(handOver_.regionName);
-    ui_->edMasterOrgName->setText(handOver_.masterOrgName);
+    ui_->edRegionName->SetChoice(handOver_.regionId, handOver_.regionName);
+    ui_->edMasterOrgName->SetChoice(handOver_.masterOrgId, handOver_.masterOrgName);
     ui_->cxREMARK->setPlainText(handOver_.remark);
     ui_->edUnion_CODE->setFocus();
     if (handOver_.mode == TUnionHandOver::Mode::Modify)
@@ -132,27 +121,6 @@ void TFrmUniUnionEdit::FormShow()
                                      next, TQueryType::Detail);
     ui_->edUnion_CODE->setText(UniUnionCode::Propose(IsTopLevel(), next.FieldText(u"CODE")));
     ui_->edUnion_NAME->setFocus();
-}
-
-void TFrmUniUnionEdit::edRegionNameButtonClick()
-{
-    TFrmRegionSelect picker(this);
-    picker.SetInformation(ui_->edRegionName->text());
-    if (picker.ShowModal() != TModalResult::Ok)
-        return;
-    regionId_ = picker.RegionId;
-    ui_->edRegionName->setText(picker.FullName);
-}
-
-void TFrmUniUnionEdit::edMasterOrgNameButtonClick()
-{
-    TFrmOrgSelect picker(this);
-    picker.SetOrgText(ui_->edMasterOrgName->text());
-    picker.BaseSql = u"SELECT * FROM BAS_ORG "_s;
-    if (picker.ShowModal() != TModalResult::Ok)
-        return;
-    masterOrgId_ = picker.OrgId;
-    ui_->edMasterOrgName->setText(picker.OrgName);
 }
 
 bool TFrmUniUnionEdit::InputIsComplete()
@@ -174,7 +142,7 @@ bool TFrmUniUnionEdit::InputIsComplete()
         InfoBox(u"请输入集团名称！"_s, u"提示"_s);
         return false;
     }
-    if (masterOrgId_.isEmpty()) {
+    if (ui_->edMasterOrgName->ChosenValue().isEmpty()) {
         WarningBox(u"请选择主管机构！"_s, u"警告"_s);
         return false;
     }
@@ -204,8 +172,8 @@ Wire::NamedValues TFrmUniUnionEdit::PostedValues() const
         {u"UNION_CODE"_s, handOver_.parentCode.trimmed() + ui_->edUnion_CODE->text().trimmed()},
         {u"UNION_NAME"_s, ui_->edUnion_NAME->text().trimmed()},
         {u"UNION_TYPE"_s, ui_->cbUnion_TYPE->EditValue()},
-        {u"REGION_ID"_s, regionId_},
-        {u"MASTER_ORGID"_s, masterOrgId_},
+        {u"REGION_ID"_s, ui_->edRegionName->ChosenValue()},
+        {u"MASTER_ORGID"_s, ui_->edMasterOrgName->ChosenValue()},
         {u"REMARK"_s, ui_->cxREMARK->toPlainText().trimmed()},
         {u"LAST_USER"_s, RunParam().UserName},
         {u"LOG_USER_ID"_s, RunParam().UserId},

@@ -70,8 +70,6 @@ protected:
 
 private:
     void BtnSaveClick();
-    void edRegionNameButtonClick();
-    void edMasterOrgNameButtonClick();
 
     bool IsTopLevel() const { return handOver_.parentCode.isEmpty(); }
     bool InputIsComplete();
@@ -81,8 +79,6 @@ private:
     std::unique_ptr<Ui::TFrmUniUnionEdit> ui_;
     ClientDataSet &unions_;
     TUnionHandOver handOver_;
-    QString regionId_;
-    QString masterOrgId_;
 };
 
 } // namespace Qel

@@ -10,7 +10,7 @@
 #include "frame/QueryPage.h"
 #include "frame/Ticks.h"
 #include "screens/MemberTypes.h"
-#include "screens/RegionSelect.h"
+#include "screens/Pickers.h"
 #include "ui_UniUnionOrgNew.h"
 
 #include <QSignalBlocker>
@@ -21,9 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The buttons of the region edit.
-constexpr int ChooseButton = 0;
-constexpr int ClearButton = 1;
+constexpr int ChooseButton = 0; // of the region edit; the other one clears it
 
 } // namespace
 
@@ -80,7 +78,6 @@ TFrmUniUnionOrgNew::TFrmUniUnionOrgNew(QWidget *owner, const QString &unionId)
            [this] { SetEnabledByRule(ui_->BtnSave, !cdsQuery.IsEmpty()); });
     HandleKey(ui_->edOrg, Qt::Key_Return, query);
     HandleKey(ui_->bdRegion, Qt::Key_Return, &TFrmUniUnionOrgNew::bdRegionEnter);
-    HandleKey(ui_->bdRegion, Qt::Key_Delete, [this] { ui_->bdRegion->PressButton(ClearButton); });
     cdsQuery.SetFieldChangeHandler(u"ORG_TYPE_ID"_s, [this] { colOrgTypeValueChanged(); });
 }
 
@@ -101,7 +98,7 @@ void TFrmUniUnionOrgNew::PageGuide1ChangePage()
         const QSignalBlocker untickedByCode(ui_->cbSelectAll);
         ui_->cbSelectAll->setChecked(false);
         QueryPage(CandidatesSql({.unionId = unionId_,
-                                 .regionId = regionId_,
+                                 .regionId = ui_->bdRegion->ChosenValue(),
                                  .text = ui_->edOrg->text(),
                                  .typeText = ui_->cbType->currentText(),
                                  .typeValue = ui_->cbType->EditValue()}),
@@ -113,7 +110,7 @@ void TFrmUniUnionOrgNew::PageGuide1ChangePage()
 
 void TFrmUniUnionOrgNew::bdRegionEnter()
 {
-    if (!regionId_.isEmpty() && !ui_->bdRegion->text().isEmpty())
+    if (!ui_->bdRegion->ChosenValue().isEmpty() && !ui_->bdRegion->text().isEmpty())
         ui_->BtnQuery->click();
     else
         ui_->bdRegion->PressButton(ChooseButton);
@@ -121,17 +118,10 @@ void TFrmUniUnionOrgNew::bdRegionEnter()
 
 void TFrmUniUnionOrgNew::bdRegionButtonClick(int button)
 {
-    if (button == ClearButton) {
-        ui_->bdRegion->clear();
-        regionId_.clear();
-        return;
-    }
-    TFrmRegionSelect picker(this);
-    picker.SetInformation(ui_->bdRegion->text());
-    if (picker.ShowModal() != TModalResult::Ok)
-        return;
-    regionId_ = picker.RegionId;
-    ui_->bdRegion->setText(picker.FullName);
+    if (button == ChooseButton)
+        PickRegion(this, *ui_->bdRegion);
+    else
+        ui_->bdRegion->ClearChoice();
 }
 
 /// The roles are shown as the chosen type gives them; what is posted is the type alone.

@@ -47,7 +47,6 @@ private:
 
     std::unique_ptr<Ui::TFrmUniUnionOrgNew> ui_;
     QString unionId_;
-    QString regionId_; ///< empty: any region
     ClientDataSet cdsQuery;
     ClientDataSet cdsOrgType;
 };

@@ -50,6 +50,38 @@ private slots:
         QCOMPARE(clicked.size(), 2);
     }
 
+    void KeepsTheValueForWhichItsTextStands()
+    {
+        QVERIFY(edit_->ChosenValue().isEmpty());
+        edit_->SetChoice(u"1301"_s, u"河北省石家庄市"_s);
+        QCOMPARE(edit_->ChosenValue(), u"1301"_s);
+        QCOMPARE(edit_->text(), u"河北省石家庄市"_s);
+        edit_->ClearChoice();
+        QCOMPARE(edit_->ChosenValue() + edit_->text(), QString());
+    }
+
+    void DeleteTakesTheChoiceAwayWhereItMay_data()
+    {
+        QTest::addColumn<bool>("clearable");
+        QTest::addColumn<bool>("readOnly");
+        QTest::addColumn<bool>("cleared");
+        QTest::newRow("filled by a picker") << true << true << true;
+        QTest::newRow("typed into") << true << false << false;
+        QTest::newRow("to stay") << false << true << false;
+    }
+    void DeleteTakesTheChoiceAwayWhereItMay()
+    {
+        QFETCH(bool, clearable);
+        QFETCH(bool, readOnly);
+        QFETCH(bool, cleared);
+        QVERIFY(edit_->setProperty("clearable", clearable));
+        edit_->setReadOnly(readOnly);
+        edit_->SetChoice(u"1301"_s, u"河北省石家庄市"_s);
+        QTest::keyClick(edit_.get(), Qt::Key_Delete);
+        QCOMPARE(edit_->ChosenValue().isEmpty(), cleared);
+        QCOMPARE(edit_->text().isEmpty(), cleared);
+    }
+
     void ButtonsWorkWhileTheTextIsReadOnly()
     {
         edit_->setReadOnly(true);
