@@ -72,6 +72,14 @@ bool IsBuiltInLimit(std::string_view message)
                       reason);
 }
 
+/// SQLite's statistics of its memory, which nobody reads, cost a lock around every allocation, and
+/// a scan that calls UPPER for each row allocates all the time. Has an effect only before the
+/// library is used for the first time.
+void DoWithoutStatistics()
+{
+    [[maybe_unused]] static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+}
+
 class SqliteStatement : public Statement
 {
 public:
@@ -259,6 +267,7 @@ QByteArray PlainNumber(double value)
 SqliteDatabase::SqliteDatabase(const QString &path)
     : path_(path.toUtf8())
 {
+    DoWithoutStatistics();
 }
 
 std::unique_ptr<Connection> SqliteDatabase::OpenWriter()
