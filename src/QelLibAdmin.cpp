@@ -113,14 +113,7 @@ const TFormEntry *FindForm(const QByteArray &formName)
     }
 }
 
-} // namespace
-
-} // namespace Qel
-
-using namespace Qel;
-using namespace Qt::StringLiterals;
-
-void QEL_CALL LibInit(const THostInit *info, qint32 hostValue)
+void Init(const THostInit *info, qint32 hostValue)
 {
     if (!info)
         throw EHostTextError(u"LibInit 缺少初始化数据。"_s);
@@ -134,14 +127,7 @@ void QEL_CALL LibInit(const THostInit *info, qint32 hostValue)
     SetHostValue(hostValue);
 }
 
-void QEL_CALL LibGetFormInfo(QByteArray *xml)
-{
-    xml->clear();
-    if (FormLibrary())
-        *xml = FormListDocument();
-}
-
-QWidget *QEL_CALL LibOpenForm(const QByteArray *formName)
+QWidget *OpenForm(const QByteArray *formName)
 {
     const TFormEntry *entry = FormLibrary() && formName ? FindForm(*formName) : nullptr;
     if (!entry)
@@ -150,5 +136,33 @@ QWidget *QEL_CALL LibOpenForm(const QByteArray *formName)
     TFrmBaseForm *screen = entry->FormClass.Create(Application());
     library.Adopt(screen);
     screen->MakeEmbedded();
+    return screen;
+}
+
+} // namespace
+
+} // namespace Qel
+
+using namespace Qel;
+using namespace Qt::StringLiterals;
+
+void QEL_CALL LibInit(const THostInit *info, qint32 hostValue)
+{
+    RunForHost([&] { Init(info, hostValue); });
+}
+
+void QEL_CALL LibGetFormInfo(QByteArray *xml)
+{
+    RunForHost([&] {
+        xml->clear();
+        if (FormLibrary())
+            *xml = FormListDocument();
+    });
+}
+
+QWidget *QEL_CALL LibOpenForm(const QByteArray *formName)
+{
+    QWidget *screen = nullptr;
+    RunForHost([&] { screen = OpenForm(formName); });
     return screen;
 }

@@ -14,11 +14,12 @@
 // is UTF-8, as it declares.
 //
 // Errors: what a function raises is derived from std::exception; what() says in UTF-8 what failed
-// and where. Catch it before the module is unloaded, and keep the text, not the object. What goes
-// wrong later, inside a screen's own handlers, never reaches the host as an exception: it is
-// handed to the invokable method HandleException(QString) of the application object, on the
-// user-interface thread, with the message and, after an empty line, details for whoever looks for
-// the cause. An application object without that method gets an error box instead.
+// and where and, after an empty line, details for whoever looks for the cause, if there are any.
+// Catch it before the module is unloaded, and keep the text, not the object. What goes wrong
+// later, inside a screen's own handlers, never reaches the host as an exception: it is handed to
+// the invokable method HandleException(QString) of the application object, on the user-interface
+// thread, as a text of the same form. An application object without that method gets an error box
+// with the message instead.
 //
 // Loading may precede the application object (QApplication). Stay loaded until the program quits:
 // it is the simplest and the recommended way. A host that unloads nevertheless does so when no

@@ -149,6 +149,15 @@ void HandleCurrentException()
     }
 }
 
+void RunForHost(const std::function<void()> &work)
+{
+    try {
+        work();
+    } catch (const std::exception &error) {
+        throw EQelError(TextForHost(error));
+    }
+}
+
 QString Detached(const QString &text)
 {
     return QString(text.constData(), text.size());

@@ -3,6 +3,7 @@
 #include "frame/LibraryTypes.h"
 
 #include <exception>
+#include <functional>
 
 namespace Qel {
 
@@ -42,6 +43,10 @@ void FreeOwnApplication();
 void HandleException(const std::exception &error);
 /// The same for the exception being handled, whatever it is.
 void HandleCurrentException();
+
+/// Runs an export's work. What it raises leaves as an EQelError whose text is what HandleException
+/// hands over: the message and, after an empty line, the details.
+void RunForHost(const std::function<void()> &work);
 
 /// A copy that shares no memory with this module's literals: for texts that the host keeps.
 QString Detached(const QString &text);

@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include <memory>
+#include <stdexcept>
 
 using namespace Qel;
 using namespace Qt::StringLiterals;
@@ -133,6 +134,7 @@ private slots:
 
     void HandlerTakesAsManyArgumentsAsItLikes();
     void ErrorOfAHandlerGoesToTheHostWithDetails();
+    void ErrorOutOfAnExportCarriesItsDetails();
     void ErrorWithoutAHandlingHostIsABox();
     void ErrorThatIsNotOursIsToldInWords();
     void ClosingWaitsForTheRunningHandler();
@@ -280,6 +282,24 @@ void BaseFormTest::HandlerTakesAsManyArgumentsAsItLikes()
     form.first.setText(u"甲"_s);
     QCOMPARE(text, u"甲"_s);
     QCOMPARE(calls, 1);
+}
+
+void BaseFormTest::ErrorOutOfAnExportCarriesItsDetails()
+{
+    const auto told = [](const std::function<void()> &work) {
+        try {
+            RunForHost(work);
+        } catch (const std::exception &error) {
+            return QString::fromUtf8(error.what());
+        }
+        return QString();
+    };
+    QCOMPARE(told([] { throw EDetailed(u"服务器没有应答"_s); }),
+             u"服务器没有应答\n\nGET http://server/\nHTTP 500"_s);
+    QCOMPARE(told([] { throw EQelError(u"不是 GBK"_s); }), u"不是 GBK"_s);
+    QCOMPARE(told([] { throw std::runtime_error("bad index"); }),
+             u"程序内部错误，操作已中止。\n\nbad index"_s);
+    QCOMPARE(told([] {}), QString());
 }
 
 void BaseFormTest::ErrorOfAHandlerGoesToTheHostWithDetails()
