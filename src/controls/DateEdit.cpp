@@ -16,7 +16,7 @@ namespace Qel {
 namespace {
 
 constexpr QStringView DateFormat = u"yyyy-MM-dd";
-const QDate DayZero(1899, 12, 30);
+constexpr QDate DayZero = QDate::fromJulianDay(2'415'019); // 1899-12-30
 constexpr double MillisecondsADay = 86'400'000.0;
 
 } // namespace
