@@ -15,6 +15,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
+using namespace Qel::Test;
 
 class DataGridTest : public QObject
 {
@@ -49,10 +50,10 @@ private slots:
         grid_->SetValueList(u"org_type", ParseValueList({u"4|医院"_s, u"5|药房"_s}));
         grid_->SetDataSet(dataSet_.get());
         dataSet_->Open(
-            TableOf({u"ORG_ID"_s, u"ORG_NAME:6"_s, u"ORG_TYPE"_s, u"SELECTED"_s, u"OPENED"_s},
-                    {{u"7"_s, u"仁爱医院"_s, u"4"_s, u"0"_s, u"2024-03-05"_s},
-                     {u"8"_s, u"百草药房"_s, u"5"_s, u"0"_s, u""_s},
-                     {u"9"_s, u"济世堂"_s, u"5"_s, u"0"_s, u""_s}}));
+            Rows({u"ORG_ID"_s, u"ORG_NAME:6"_s, u"ORG_TYPE"_s, u"SELECTED"_s, u"OPENED"_s},
+                 {{u"7"_s, u"仁爱医院"_s, u"4"_s, u"0"_s, u"2024-03-05"_s},
+                  {u"8"_s, u"百草药房"_s, u"5"_s, u"0"_s, u""_s},
+                  {u"9"_s, u"济世堂"_s, u"5"_s, u"0"_s, u""_s}}));
     }
 
     void cleanup()
@@ -68,7 +69,7 @@ private slots:
         QVERIFY(grid_->selectionModel()->isRowSelected(0));
         dataSet_->Close();
         QVERIFY(!grid_->currentIndex().isValid());
-        dataSet_->Open(TableOf({u"ORG_ID"_s}, {{u"1"_s}}));
+        dataSet_->Open(Rows({u"ORG_ID"_s}, {{u"1"_s}}));
         QCOMPARE(grid_->currentIndex().row(), 0);
     }
 
@@ -381,7 +382,7 @@ private slots:
         grid_->SetColumnVisible(u"SELECTED", false);
         QCOMPARE(grid_->currentIndex().column(), 1);
         dataSet_->Close();
-        dataSet_->Open(TableOf({u"ORG_ID"_s}, {{u"1"_s}}));
+        dataSet_->Open(Rows({u"ORG_ID"_s}, {{u"1"_s}}));
         QCOMPARE(grid_->currentIndex().column(), 1);
     }
 
@@ -390,7 +391,7 @@ private slots:
         grid_->horizontalHeader()->resizeSection(1, 321);
         grid_->SetColumnVisible(u"ORG_TYPE", false);
         dataSet_->Close();
-        dataSet_->Open(TableOf({u"ORG_NAME"_s}, {{u"甲"_s}}));
+        dataSet_->Open(Rows({u"ORG_NAME"_s}, {{u"甲"_s}}));
         QCOMPARE(grid_->columnWidth(1), 321);
         QVERIFY(!grid_->IsColumnVisible(u"ORG_TYPE"));
     }
@@ -429,7 +430,7 @@ private slots:
         Show();
         dataSet_->Close();
         const QImage closed = grid_->viewport()->grab().toImage();
-        dataSet_->Open(TableOf({u"ORG_ID"_s}, {}));
+        dataSet_->Open(Rows({u"ORG_ID"_s}, {}));
         QVERIFY(grid_->viewport()->grab().toImage() != closed);
         grid_->SetEmptyHint({});
         QCOMPARE(grid_->viewport()->grab().toImage(), closed);

@@ -8,6 +8,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
+using namespace Qel::Test;
 
 namespace {
 
@@ -19,10 +20,10 @@ QList<GridColumn> OrgColumns()
 
 RowSet Orgs()
 {
-    return TableOf({u"ORG_ID:24"_s, u"ORG_NAME:8"_s, u"ORG_TYPE"_s, u"SELECTED:1"_s},
-                   {{u"7"_s, u"仁爱医院"_s, u"4"_s, u"0"_s},
-                    {u"8"_s, u"百草药房"_s, u"5"_s, u"1"_s},
-                    {u"9"_s, u"<null>"_s, u"66"_s, u"<null>"_s}});
+    return Rows({u"ORG_ID:24"_s, u"ORG_NAME:8"_s, u"ORG_TYPE"_s, u"SELECTED:1"_s},
+                {{u"7"_s, u"仁爱医院"_s, u"4"_s, u"0"_s},
+                 {u"8"_s, u"百草药房"_s, u"5"_s, u"1"_s},
+                 {u"9"_s, Null(), u"66"_s, Null()}});
 }
 
 } // namespace
@@ -87,7 +88,7 @@ private slots:
     void FieldPositionsFollowTheNextQuery()
     {
         QCOMPARE(RowTexts(*model_, 0), u"|仁爱医院|医院|7"_s);
-        dataSet_.Open(TableOf({u"ORG_NAME"_s, u"ORG_ID"_s}, {{u"甲"_s, u"1"_s}}));
+        dataSet_.Open(Rows({u"ORG_NAME"_s, u"ORG_ID"_s}, {{u"甲"_s, u"1"_s}}));
         QCOMPARE(RowTexts(*model_, 0), u"|甲||1"_s);
     }
 
@@ -142,7 +143,7 @@ private slots:
             dataSet_.Close();
             QCOMPARE(model_->rowCount(), 3); // as the views know it
             QCOMPARE(RowTexts(*model_, 2), u"|||"_s);
-            dataSet_.Open(TableOf({u"ORG_NAME"_s}, {{u"甲"_s}}));
+            dataSet_.Open(Rows({u"ORG_NAME"_s}, {{u"甲"_s}}));
             QCOMPARE(RowTexts(*model_, 0), u"|甲||"_s);
             QCOMPARE(RowTexts(*model_, 2), u"|||"_s);
         }

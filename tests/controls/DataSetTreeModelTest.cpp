@@ -8,6 +8,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
+using namespace Qel::Test;
 
 namespace {
 
@@ -19,7 +20,7 @@ RowSet Nodes(const QStringList &lines)
         const QStringList parts = line.split(u' ');
         rows.append({parts[0], parts[1], u"n"_s + parts[0]});
     }
-    return TableOf({u"ID"_s, u"PARENT_ID"_s, u"NAME"_s}, rows);
+    return Rows({u"ID"_s, u"PARENT_ID"_s, u"NAME"_s}, rows);
 }
 
 } // namespace
@@ -115,7 +116,7 @@ private slots:
 
     void WithoutTheKeyFieldsEveryRowIsTopLevel()
     {
-        dataSet_.Open(TableOf({u"NAME"_s}, {{u"na"_s}, {u"nb"_s}}));
+        dataSet_.Open(Rows({u"NAME"_s}, {{u"na"_s}, {u"nb"_s}}));
         QCOMPARE(Shape(), u"ab"_s);
     }
 

@@ -8,6 +8,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
+using namespace Qel::Test;
 
 namespace {
 
@@ -18,12 +19,12 @@ namespace {
 //  4 e
 RowSet Nodes()
 {
-    return TableOf({u"ID"_s, u"PARENT_ID"_s, u"NAME"_s, u"FULL"_s},
-                   {{u"a"_s, u"-1"_s, u"北京"_s, u"北京市"_s},
-                    {u"c"_s, u"b"_s, u"西城"_s, u"北京市西城区"_s},
-                    {u"b"_s, u"a"_s, u"市区"_s, u"北京市市区"_s},
-                    {u"d"_s, u"a"_s, u"郊区"_s, u"北京市郊区"_s},
-                    {u"e"_s, u"-1"_s, u"天津"_s, u"天津市"_s}});
+    return Rows({u"ID"_s, u"PARENT_ID"_s, u"NAME"_s, u"FULL"_s},
+                {{u"a"_s, u"-1"_s, u"北京"_s, u"北京市"_s},
+                 {u"c"_s, u"b"_s, u"西城"_s, u"北京市西城区"_s},
+                 {u"b"_s, u"a"_s, u"市区"_s, u"北京市市区"_s},
+                 {u"d"_s, u"a"_s, u"郊区"_s, u"北京市郊区"_s},
+                 {u"e"_s, u"-1"_s, u"天津"_s, u"天津市"_s}});
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "support/Raised.h"
 #include "support/ScriptedServer.h"
+#include "support/Service.h"
 
 #include <QDir>
 #include <QFile>
@@ -251,8 +252,7 @@ private:
         module_ = std::make_unique<TData_Module>();
         module_->DataModuleCreate();
         module_->SetCacheFolders(ApplicationFolder(), UserFolder());
-        module_->SoapCtrl().SetServletURL(server_->Url(), u"NorvaneSelectServlet"_s,
-                                          u"NorvaneServlet"_s, u"NorvaneServlet"_s);
+        UseServer(module_->SoapCtrl(), server_->Url());
     }
     /// A file in the folder's place: nobody, not even root, can make a folder below it.
     void BlockApplicationFolder()

@@ -4,6 +4,7 @@
 #include "support/Raised.h"
 #include "support/ScreenDriver.h"
 #include "support/ScriptedServer.h"
+#include "support/Service.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -62,8 +63,7 @@ private slots:
     {
         server_ = std::make_unique<ScriptedServer>();
         soap_ = std::make_unique<TSoapCtrl>();
-        soap_->SetServletURL(server_->Url(), u"NorvaneSelectServlet"_s, u"NorvaneServlet"_s,
-                             u"NorvaneServlet"_s);
+        UseServer(*soap_, server_->Url());
         window_ = std::make_unique<QWidget>();
         edit_ = new QLineEdit;
         save_ = new QPushButton(u"保存"_s);

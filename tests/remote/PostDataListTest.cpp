@@ -3,6 +3,7 @@
 #include "dataset/ClientDataSet.h"
 #include "support/Raised.h"
 #include "support/ScriptedServer.h"
+#include "support/Service.h"
 
 #include <QTest>
 #include <QUuid>
@@ -22,8 +23,7 @@ private slots:
     {
         server_ = std::make_unique<ScriptedServer>();
         soap_ = std::make_unique<TSoapCtrl>();
-        soap_->SetServletURL(server_->Url(), u"NorvaneSelectServlet"_s, u"NorvaneServlet"_s,
-                             u"NorvaneServlet"_s);
+        UseServer(*soap_, server_->Url());
     }
     void cleanup()
     {

@@ -3,6 +3,7 @@
 #include "dataset/ClientDataSet.h"
 #include "support/Raised.h"
 #include "support/ScriptedServer.h"
+#include "support/Service.h"
 
 #include <QTest>
 
@@ -366,11 +367,7 @@ private slots:
     }
 
 private:
-    void UseAddress(const QString &address)
-    {
-        soap_->SetServletURL(address, u"NorvaneSelectServlet"_s, u"NorvaneServlet"_s,
-                             u"NorvaneServlet"_s);
-    }
+    void UseAddress(const QString &address) { UseServer(*soap_, address); }
     std::optional<ERemoteError> RaisedByQuery()
     {
         return Raised<ERemoteError>(

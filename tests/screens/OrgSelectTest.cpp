@@ -33,17 +33,16 @@ RowSet Organisations(bool ticks = false)
     return Rows(columns, rows);
 }
 
-class Picker : public ScreenFixture
+/// The picker over a server that knows 120 organisations.
+class Dialog : public ScreenFixture
 {
 public:
-    explicit Picker(const QString &text = {}, bool multiSelect = false)
+    explicit Dialog(bool multiSelect = false)
         : form(nullptr)
     {
         server.OnAnyQuery().Answer(Organisations(multiSelect), 120);
         form.BaseSql = BaseSql;
         form.MultiSelect = multiSelect;
-        form.SetOrgText(text);
-        ShowScreen(form);
     }
 
     void Query() { Click(&form, u"BtnQuery"_s); }
@@ -53,6 +52,24 @@ public:
 
     TFrmOrgSelect form;
 };
+
+/// The picker, shown.
+class Picker : public Dialog
+{
+public:
+    explicit Picker(const QString &text = {}, bool multiSelect = false)
+        : Dialog(multiSelect)
+    {
+        form.SetOrgText(text);
+        ShowScreen(form);
+    }
+};
+
+/// The middle of a cell in the grid's viewport, by row and field.
+QPoint Cell(const DataGrid &grid, int row, QStringView field)
+{
+    return grid.visualRect(grid.model()->index(row, grid.ColumnIndex(field))).center();
+}
 
 } // namespace
 
@@ -175,19 +192,16 @@ private slots:
 
     void SingleModeHidesTicksAndHandsBackTheFocusedRow()
     {
-        ScreenFixture fixture;
-        fixture.server.OnAnyQuery().Answer(Organisations());
-        TFrmOrgSelect form(nullptr);
-        form.BaseSql = BaseSql;
-        ModalVisitor visitor([](QWidget *dialog) {
-            auto *grid = Child<DataGrid>(dialog, u"GridQueryView"_s);
-            QVERIFY(!grid->IsColumnVisible(u"SELECTED"));
-            QVERIFY(!Child<TPageGuide>(dialog, u"PageGuide1"_s)->ShowSelectAll());
-            Click(dialog, u"BtnQuery"_s);
-            grid->DataSet()->SetRecNo(1);
-            Press(grid, Qt::Key_Return);
+        Dialog picker;
+        const TModalResult result = ShowModally(picker.form, [&picker](QWidget *) {
+            QVERIFY(!picker.Grid().IsColumnVisible(u"SELECTED"));
+            QVERIFY(!picker.Pages().ShowSelectAll());
+            picker.Query();
+            picker.form.cdsQuery.SetRecNo(1);
+            Press(&picker.Grid(), Qt::Key_Return);
         });
-        QCOMPARE(form.ShowModal(), TModalResult::Ok);
+        QCOMPARE(result, TModalResult::Ok);
+        const TFrmOrgSelect &form = picker.form;
         QCOMPARE(QStringList({form.OrgId, form.OrgCode, form.OrgName, form.OrgAbbr, form.OrgNamePy,
                               form.OrgNameWb, form.OrgType}),
                  QStringList({u"502"_s, u"D502"_s, u"仁和医药"_s, u"仁和"_s, u"RHYY"_s, u"WTAA"_s,
@@ -196,45 +210,35 @@ private slots:
 
     void DoubleClickOnACellChooses()
     {
-        ScreenFixture fixture;
-        fixture.server.OnAnyQuery().Answer(Organisations());
-        TFrmOrgSelect form(nullptr);
-        form.BaseSql = BaseSql;
-        ModalVisitor visitor([](QWidget *dialog) {
-            Click(dialog, u"BtnQuery"_s);
-            auto *grid = Child<DataGrid>(dialog, u"GridQueryView"_s);
-            const QRect cell =
-                grid->visualRect(grid->model()->index(0, grid->ColumnIndex(u"ORG_NAME")));
-            QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-            QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+        Dialog picker;
+        const TModalResult result = ShowModally(picker.form, [&picker](QWidget *) {
+            picker.Query();
+            QWidget *cells = picker.Grid().viewport();
+            const QPoint cell = Cell(picker.Grid(), 0, u"ORG_NAME");
+            QTest::mouseClick(cells, Qt::LeftButton, {}, cell);
+            QTest::mouseDClick(cells, Qt::LeftButton, {}, cell);
         });
-        QCOMPARE(form.ShowModal(), TModalResult::Ok);
-        QCOMPARE(form.OrgId, u"501"_s);
+        QCOMPARE(result, TModalResult::Ok);
+        QCOMPARE(picker.form.OrgId, u"501"_s);
     }
 
     void MultiModeAsksForATickAndLeavesTheTickedRows()
     {
-        ScreenFixture fixture;
-        fixture.server.OnAnyQuery().Answer(Organisations(true));
-        TFrmOrgSelect form(nullptr);
-        form.BaseSql = BaseSql;
-        form.MultiSelect = true;
-        ModalVisitor visitor([&](QWidget *dialog) {
-            Click(dialog, u"BtnQuery"_s);
-            QCOMPARE(fixture.server.LastQuery().sql, Expected(u"orgs.multi"_s));
-            auto *grid = Child<DataGrid>(dialog, u"GridQueryView"_s);
-            QVERIFY(grid->IsColumnVisible(u"SELECTED"));
+        Dialog picker(true);
+        const TModalResult result = ShowModally(picker.form, [&picker](QWidget *dialog) {
+            picker.Query();
+            QCOMPARE(picker.server.LastQuery().sql, Expected(u"orgs.multi"_s));
+            QVERIFY(picker.Grid().IsColumnVisible(u"SELECTED"));
             Click(dialog, u"BtnSelect"_s);
-            QCOMPARE(fixture.Boxes(), QStringList{u"Information|提示|请勾选要选择的记录！|Ok"_s});
+            QCOMPARE(picker.Boxes(), QStringList{u"Information|提示|请勾选要选择的记录！|Ok"_s});
             QVERIFY(dialog->isVisible());
-            const QRect tick =
-                grid->visualRect(grid->model()->index(1, grid->ColumnIndex(u"SELECTED")));
-            QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, tick.center());
+            QTest::mouseClick(picker.Grid().viewport(), Qt::LeftButton, {},
+                              Cell(picker.Grid(), 1, u"SELECTED"));
             Click(dialog, u"BtnSelect"_s);
         });
-        QCOMPARE(form.ShowModal(), TModalResult::Ok);
-        QCOMPARE(form.cdsQuery.Find(u"SELECTED", {u"1"_s}), 1);
-        QVERIFY(form.OrgId.isEmpty());
+        QCOMPARE(result, TModalResult::Ok);
+        QCOMPARE(picker.form.cdsQuery.Find(u"SELECTED", {u"1"_s}), 1);
+        QVERIFY(picker.form.OrgId.isEmpty());
     }
 
     void SelectAllTicksThePageAndKeepsTheCurrentRow()
@@ -252,16 +256,14 @@ private slots:
 
     void CancellingLeavesTheResultEmpty()
     {
-        ScreenFixture fixture;
-        fixture.server.OnAnyQuery().Answer(Organisations());
-        TFrmOrgSelect form(nullptr);
-        form.BaseSql = BaseSql;
-        ModalVisitor visitor([](QWidget *dialog) {
-            Click(dialog, u"BtnQuery"_s);
-            Press(Child<DataGrid>(dialog, u"GridQueryView"_s), Qt::Key_Escape);
+        Dialog picker;
+        const TModalResult result = ShowModally(picker.form, [&picker](QWidget *dialog) {
+            picker.Query();
+            Press(&picker.Grid(), Qt::Key_Escape);
+            QVERIFY(!dialog->isVisible());
         });
-        QCOMPARE(form.ShowModal(), TModalResult::Cancel);
-        QVERIFY(form.OrgId.isEmpty() && form.OrgName.isEmpty());
+        QCOMPARE(result, TModalResult::Cancel);
+        QVERIFY(picker.form.OrgId.isEmpty() && picker.form.OrgName.isEmpty());
     }
 
     void WildcardsAndQuotesTravelAsTyped()

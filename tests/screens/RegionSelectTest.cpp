@@ -33,15 +33,14 @@ const QList<QStringList> SixRegions{
     Region(u"1401"_s, u"14"_s, u"太原市"_s, u"山西省太原市"_s),
 };
 
-class Picker : public ScreenFixture
+/// The picker over a server that knows some regions.
+class Dialog : public ScreenFixture
 {
 public:
-    explicit Picker(const QList<QStringList> &regions = SixRegions, const QString &text = {})
+    explicit Dialog(const QList<QStringList> &regions = SixRegions)
     {
         server.OnQueryExact(Expected(u"regions"_s)).Answer(Rows(Columns, regions));
         form = std::make_unique<TFrmRegionSelect>(nullptr);
-        form->SetInformation(text);
-        ShowScreen(*form);
     }
 
     DataTree &Tree() { return *Child<DataTree>(form.get(), u"TreeGrid"_s); }
@@ -51,6 +50,18 @@ public:
     void Focus(const QString &id) { Tree().FocusNode(Tree().DataSet()->Find(u"REGION_ID", {id})); }
 
     std::unique_ptr<TFrmRegionSelect> form;
+};
+
+/// The picker, shown.
+class Picker : public Dialog
+{
+public:
+    explicit Picker(const QList<QStringList> &regions = SixRegions, const QString &text = {})
+        : Dialog(regions)
+    {
+        form->SetInformation(text);
+        ShowScreen(*form);
+    }
 };
 
 /// Names with and without 甲, top level only.
@@ -263,47 +274,44 @@ private slots:
     void AnyNodeCanBeChosen()
     {
         QFETCH(QString, how);
-        ScreenFixture fixture;
-        fixture.server.OnQuery(u"BAS_REGION"_s).Answer(Rows(Columns, SixRegions));
-        TFrmRegionSelect form(nullptr);
-        ModalVisitor visitor([&](QWidget *dialog) {
-            auto *tree = Child<DataTree>(dialog, u"TreeGrid"_s);
-            tree->FocusNode(tree->DataSet()->Find(u"REGION_ID", {u"13"_s}));
-            tree->setFocus();
+        Dialog picker;
+        const TModalResult result = ShowModally(*picker.form, [&](QWidget *dialog) {
+            picker.Focus(u"13"_s);
+            picker.Tree().setFocus();
             if (how == u"enter")
-                Press(tree, Qt::Key_Return);
+                Press(&picker.Tree(), Qt::Key_Return);
             else
                 Click(dialog, u"BtnSelect"_s);
         });
-        QCOMPARE(form.ShowModal(), TModalResult::Ok);
-        QCOMPARE(form.RegionId, u"13"_s);
-        QCOMPARE(form.RegionCode, u"13"_s);
-        QCOMPARE(form.FullName, u"河北省"_s);
+        QCOMPARE(result, TModalResult::Ok);
+        QCOMPARE(picker.form->RegionId, u"13"_s);
+        QCOMPARE(picker.form->RegionCode, u"13"_s);
+        QCOMPARE(picker.form->FullName, u"河北省"_s);
     }
 
     void DoubleClickChooses()
     {
-        ScreenFixture fixture;
-        fixture.server.OnQuery(u"BAS_REGION"_s).Answer(Rows(Columns, SixRegions));
-        TFrmRegionSelect form(nullptr);
-        ModalVisitor visitor([&](QWidget *dialog) {
-            auto *tree = Child<DataTree>(dialog, u"TreeGrid"_s);
-            tree->FocusNode(tree->DataSet()->Find(u"REGION_ID", {u"1302"_s}));
-            const QRect cell = tree->visualRect(tree->currentIndex());
-            QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, cell.center());
-            QTest::mouseDClick(tree->viewport(), Qt::LeftButton, {}, cell.center());
+        Dialog picker;
+        const TModalResult result = ShowModally(*picker.form, [&picker](QWidget *) {
+            picker.Focus(u"1302"_s);
+            QWidget *cells = picker.Tree().viewport();
+            const QPoint cell = picker.Tree().visualRect(picker.Tree().currentIndex()).center();
+            QTest::mouseClick(cells, Qt::LeftButton, {}, cell);
+            QTest::mouseDClick(cells, Qt::LeftButton, {}, cell);
         });
-        QCOMPARE(form.ShowModal(), TModalResult::Ok);
-        QCOMPARE(form.RegionId, u"1302"_s);
+        QCOMPARE(result, TModalResult::Ok);
+        QCOMPARE(picker.form->RegionId, u"1302"_s);
     }
 
     void CancellingLeavesTheResultEmpty()
     {
-        ScreenFixture fixture;
-        fixture.server.OnQuery(u"BAS_REGION"_s).Answer(Rows(Columns, SixRegions));
-        TFrmRegionSelect form(nullptr);
-        ModalVisitor visitor([](QWidget *dialog) { Click(dialog, u"BtnCancel"_s); });
-        QCOMPARE(form.ShowModal(), TModalResult::Cancel);
+        Dialog picker;
+        const TModalResult result = ShowModally(*picker.form, [](QWidget *dialog) {
+            Click(dialog, u"BtnCancel"_s);
+            QVERIFY(!dialog->isVisible());
+        });
+        QCOMPARE(result, TModalResult::Cancel);
+        const TFrmRegionSelect &form = *picker.form;
         QVERIFY(form.RegionId.isEmpty() && form.RegionCode.isEmpty() && form.FullName.isEmpty());
     }
 

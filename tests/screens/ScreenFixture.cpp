@@ -1,11 +1,12 @@
 #include "screens/ScreenFixture.h"
 
-#include "frame/BaseForm.h"
 #include "frame/DataModule.h"
 #include "frame/LibrarySide.h"
+#include "support/Service.h"
 
 #include <QDir>
 #include <QFile>
+#include <QPointer>
 
 namespace Qel::Test {
 
@@ -74,8 +75,7 @@ QString BoxText(const TMessageBox &box)
 ScreenFixture::ScreenFixture()
 {
     DataModule().SetCacheFolders(folder_.path(), folder_.path());
-    DataModule().SoapCtrl().SetServletURL(server.Url(), u"NorvaneSelectServlet"_s,
-                                          u"NorvaneServlet"_s, u"NorvaneServlet"_s);
+    UseServer(DataModule().SoapCtrl(), server.Url());
     TRunParam operator_;
     operator_.UserId = u"700001"_s;
     operator_.UserCode = u"wangmin"_s;
@@ -104,6 +104,25 @@ void ShowScreen(QWidget &screen)
     screen.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&screen));
     QCoreApplication::processEvents();
+}
+
+TModalResult ShowModally(TFrmBaseForm &form, const std::function<void(QWidget *dialog)> &visit)
+{
+    ModalVisitor visitor([&visit](QWidget *dialog) {
+        const QPointer<QWidget> open(dialog);
+        visit(dialog);
+        if (open && open->isVisible())
+            open->close();
+    });
+    return form.ShowModal();
+}
+
+const QStringList &UnionColumns()
+{
+    static const QStringList columns{
+        u"UNION_ID"_s,  u"PARENT_ID"_s,    u"UNION_CODE"_s, u"UNION_NAME"_s,  u"UNION_TYPE"_s,
+        u"REGION_ID"_s, u"MASTER_ORGID"_s, u"REMARK"_s,     u"REGION_NAME"_s, u"MASTER_ORGNAME"_s};
+    return columns;
 }
 
 } // namespace Qel::Test

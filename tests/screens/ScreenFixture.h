@@ -1,11 +1,14 @@
 #pragma once
 
+#include "frame/BaseForm.h"
 #include "frame/MisCommon.h"
 #include "support/ScreenDriver.h"
 #include "support/ScriptedServer.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <functional>
 
 namespace Qel::Test {
 
@@ -38,5 +41,11 @@ private:
 
 /// Shows a screen as the host does and waits until its FormShow has run.
 void ShowScreen(QWidget &screen);
+
+/// Shows a form as a dialog and runs `visit` in it. What `visit` leaves open is closed: Cancel.
+TModalResult ShowModally(TFrmBaseForm &form, const std::function<void(QWidget *dialog)> &visit);
+
+/// The columns of the group tree's statement.
+const QStringList &UnionColumns();
 
 } // namespace Qel::Test

@@ -18,21 +18,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList UnionColumns{
-    u"UNION_ID"_s,  u"PARENT_ID"_s,    u"UNION_CODE"_s, u"UNION_NAME"_s,  u"UNION_TYPE"_s,
-    u"REGION_ID"_s, u"MASTER_ORGID"_s, u"REMARK"_s,     u"REGION_NAME"_s, u"MASTER_ORGNAME"_s};
-
 /// The editor over a table of 0013 and its sub-group 001309 (current row).
 class Editor : public ScreenFixture
 {
 public:
     Editor()
     {
-        unions.Open(
-            Rows(UnionColumns, {{u"10"_s, Null(), u"0013"_s, u"华北联合体"_s, u"3"_s, u""_s,
-                                 u"500"_s, u""_s, u""_s, u"省卫生厅"_s},
-                                {u"11"_s, u"10"_s, u"001309"_s, u"石家庄小组"_s, u"2"_s, u"1301"_s,
-                                 u"501"_s, u"旧备注"_s, u"石家庄市"_s, u"市第一医院"_s}}));
+        unions.Open(Rows(UnionColumns(),
+                         {{u"10"_s, Null(), u"0013"_s, u"华北联合体"_s, u"3"_s, u""_s, u"500"_s,
+                           u""_s, u""_s, u"省卫生厅"_s},
+                          {u"11"_s, u"10"_s, u"001309"_s, u"石家庄小组"_s, u"2"_s, u"1301"_s,
+                           u"501"_s, u"旧备注"_s, u"石家庄市"_s, u"市第一医院"_s}}));
         unions.SetRecNo(1);
         server.OnQuery(u"AS CODE"_s).Answer(Rows({u"CODE"_s}, {{u"13"_s}}));
         server.OnQuery(u"from BAS_REGION"_s)
@@ -48,16 +44,11 @@ public:
                            u"4"_s}}));
     }
 
-    /// Shows the editor modally, runs `visit` in it and closes it if it is still open.
+    /// Shows the editor modally and runs `visit` in it.
     TModalResult Show(const TUnionHandOver &handOver, const std::function<void(QWidget *)> &visit)
     {
         TFrmUniUnionEdit form(nullptr, unions, handOver);
-        ModalVisitor visitor([&](QWidget *dialog) {
-            visit(dialog);
-            if (dialog->isVisible())
-                Click(dialog, u"BtnClose"_s);
-        });
-        return form.ShowModal();
+        return ShowModally(form, visit);
     }
 
     static QString Text(QWidget *dialog, const QString &name)

@@ -18,10 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList UnionColumns{
-    u"UNION_ID"_s,  u"PARENT_ID"_s,    u"UNION_CODE"_s, u"UNION_NAME"_s,  u"UNION_TYPE"_s,
-    u"REGION_ID"_s, u"MASTER_ORGID"_s, u"REMARK"_s,     u"REGION_NAME"_s, u"MASTER_ORGNAME"_s};
-
 QStringList Group(const QString &id, const QString &parent, const QString &code,
                   const QString &name)
 {
@@ -32,12 +28,12 @@ QStringList Group(const QString &id, const QString &parent, const QString &code,
 /// 0013 with sub-group 001309, then 0014, then a group on the deepest level.
 RowSet Groups()
 {
-    return Rows(UnionColumns, {
-                                  Group(u"10"_s, Null(), u"0013"_s, u"华北联合体"_s),
-                                  Group(u"11"_s, u"10"_s, u"001309"_s, u"石家庄小组"_s),
-                                  Group(u"12"_s, Null(), u"0014"_s, u"华东联合体"_s),
-                                  Group(u"13"_s, Null(), u"001401020304"_s, u"最末级小组"_s),
-                              });
+    return Rows(UnionColumns(), {
+                                    Group(u"10"_s, Null(), u"0013"_s, u"华北联合体"_s),
+                                    Group(u"11"_s, u"10"_s, u"001309"_s, u"石家庄小组"_s),
+                                    Group(u"12"_s, Null(), u"0014"_s, u"华东联合体"_s),
+                                    Group(u"13"_s, Null(), u"001401020304"_s, u"最末级小组"_s),
+                                });
 }
 
 RowSet Members(const QString &unionId)
@@ -198,7 +194,7 @@ private slots:
         Screen screen;
         screen.Query();
         screen.server.ClearScripts();
-        screen.server.OnQuery(u"FROM UNI_UNION A"_s).Answer(Rows(UnionColumns, {}));
+        screen.server.OnQuery(u"FROM UNI_UNION A"_s).Answer(Rows(UnionColumns(), {}));
         screen.Query();
         QCOMPARE(screen.Grid().Model()->rowCount(), 0);
         for (const QString &action :
@@ -374,7 +370,7 @@ private slots:
         QStringList row = Group(u"12"_s, Null(), u"0014"_s, u"Beta"_s);
         row[9] = u"Alpha医院"_s;
         screen.server.OnQuery(u"FROM UNI_UNION A"_s)
-            .Answer(Rows(UnionColumns, {Group(u"10"_s, Null(), u"0013"_s, u"甲"_s), row}));
+            .Answer(Rows(UnionColumns(), {Group(u"10"_s, Null(), u"0013"_s, u"甲"_s), row}));
         screen.server.OnQuery(u"Uni_ORG A"_s).Answer(Members(u"10"_s));
         screen.Query();
         Type(&screen.form, u"edInfo"_s, u"alpha"_s);

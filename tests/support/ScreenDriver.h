@@ -40,10 +40,12 @@ void Type(const QObject *root, const QString &name, const QString &text);
 void Press(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 void Press(const QObject *root, const QString &name, Qt::Key key);
 
-/// Runs `visit` inside the event loop of the next modal window that appears, once it is shown.
-/// `visit` has to close the window, or the opener waits until the test's time-out. One at a time:
-/// make the visitor of a second dialog inside the first visit. Ends the test if the object dies
-/// unserved.
+/// Waits for the next modal window that is shown (the busy box of a query does not count) and, when
+/// no handler of it runs any more (its FormShow is one), calls `visit` with it from its event loop.
+/// `visit` has to close the window, or its opener never comes back. Each visitor serves one window:
+/// make the one for a dialog that a dialog opens inside the first `visit`, since of two that wait
+/// at once both would take the first window. If no window has come when the object dies, the test
+/// is marked failed.
 class ModalVisitor : public QObject
 {
     Q_OBJECT

@@ -13,8 +13,6 @@ namespace Qel::Test {
 
 namespace {
 
-constexpr char16_t nullMark[] = u"\uFFFF<null>"; // no text of a test
-
 QByteArray HttpAnswer(int status, const QByteArray &type, const QByteArray &body)
 {
     return "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Type: " + type +
@@ -27,34 +25,6 @@ bool SameName(const QString &a, const QString &b)
 }
 
 } // namespace
-
-QString Null()
-{
-    return QString::fromUtf16(nullMark);
-}
-
-RowSet Rows(const QStringList &columns, const QList<QStringList> &rows)
-{
-    FieldDefs fields;
-    for (const QString &column : columns) {
-        const QStringList parts = column.split(u':');
-        fields.append({parts[0], FieldType::Text, parts.value(1).toInt()});
-    }
-    RowSetBuilder builder(fields);
-    for (const QStringList &row : rows) {
-        if (row.size() != columns.size())
-            qFatal("Rows: a row has %lld cells for %lld columns", qlonglong(row.size()),
-                   qlonglong(columns.size()));
-        for (const QString &cell : row) {
-            if (cell == Null())
-                builder.AddNull();
-            else
-                builder.AddCell(cell.toUtf8());
-        }
-        builder.EndRow();
-    }
-    return RowSet::Load(builder.Finish());
-}
 
 QString ScriptedServer::RecordedPost::Value(const QString &name, int row) const
 {

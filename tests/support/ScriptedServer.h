@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Tables.h"
 #include "wire/Wire.h"
 
 #include <QByteArray>
@@ -17,11 +18,6 @@
 class QTcpSocket;
 
 namespace Qel::Test {
-
-/// A small table: text columns and rows of texts, in the order of the columns. "NAME:40" bounds a
-/// column's size; Null() is NULL.
-RowSet Rows(const QStringList &columns, const QList<QStringList> &rows);
-QString Null(); ///< a cell of Rows that is NULL rather than an empty text
 
 /// The real wire protocol over real HTTP in the test's own process: answers what the test told it
 /// to and records what came. A statement or method that no script covers is answered with an
