@@ -3,7 +3,6 @@
 #include "store/Schema.h"
 
 #include <QHash>
-#include <QSet>
 
 #include <algorithm>
 
@@ -93,10 +92,10 @@ void CheckValue(const QString &name, int size, const QString &value, qsizetype r
         BadRow(row, u"参数 %1 含有空字符。"_s.arg(name));
 }
 
-void CheckComplete(const Method &method, const QSet<QString> &seen, qsizetype row)
+void CheckComplete(const Method &method, const PostedRow &posted, qsizetype row)
 {
     for (const QString &name : method.parameters)
-        if (!seen.contains(name))
+        if (!posted.Has(name))
             BadRow(row, u"缺少参数 %1。"_s.arg(name));
 }
 
@@ -112,13 +111,17 @@ void CheckCount(const Method &method, qsizetype rows)
 /// A row whose key is not complete names no record yet.
 void CheckRecordsDiffer(const Method &method, const QList<Wire::NamedValues> &rows)
 {
-    QHash<QStringList, qsizetype> rowOf;
+    if (rows.size() < 2)
+        return;
+    QHash<QString, qsizetype> rowOf;
+    rowOf.reserve(rows.size());
     for (qsizetype row = 0; row < rows.size(); ++row) {
-        const QStringList key = PostedRow(rows[row]).Of(method.key);
-        if (key.contains(QString()))
+        const QStringList values = PostedRow(rows[row]).Of(method.key);
+        if (values.contains(QString()))
             continue;
+        const QString key = values.join(QChar(u'\0')); // no value holds one
         if (const auto earlier = rowOf.constFind(key); earlier != rowOf.constEnd())
-            BadRow(row, u"与第 %1 行是同一条记录：%2。"_s.arg(*earlier + 1).arg(key.join(u' ')));
+            BadRow(row, u"与第 %1 行是同一条记录：%2。"_s.arg(*earlier + 1).arg(values.join(u' ')));
         rowOf.insert(key, row);
     }
 }
@@ -131,11 +134,12 @@ void CheckRows(const Method &method, const QList<Wire::NamedValues> &rows,
     CheckCount(method, rows.size());
     const QHash<QString, int> sizes = SizesOf(method);
     for (qsizetype row = 0; row < rows.size(); ++row) {
-        QSet<QString> seen;
-        for (const auto &[name, value] : rows[row]) {
-            if (seen.contains(name))
+        const Wire::NamedValues &values = rows[row];
+        for (auto at = values.begin(); at != values.end(); ++at) {
+            const auto &[name, value] = *at;
+            if (std::any_of(values.begin(), at,
+                            [&](const Wire::NamedValue &one) { return one.first == at->first; }))
                 BadRow(row, u"参数 %1 重复。"_s.arg(name));
-            seen.insert(name);
             if (const auto size = sizes.constFind(name); size != sizes.constEnd())
                 CheckValue(name, *size, value, row);
             else if (const auto *parameter = FindOperatorParameter(name))
@@ -143,7 +147,7 @@ void CheckRows(const Method &method, const QList<Wire::NamedValues> &rows,
             else
                 BadRow(row, u"未知参数 %1。"_s.arg(name.left(64)));
         }
-        CheckComplete(method, seen, row);
+        CheckComplete(method, PostedRow(values), row);
     }
     CheckRecordsDiffer(method, rows);
 }

@@ -5,13 +5,22 @@
 #include "managers/UniUnion.h"
 #include "managers/UniUnionOrg.h"
 
+#include <algorithm>
+
 namespace Qel::Managers {
 
-PostedRow::PostedRow(const Wire::NamedValues &values)
+QString PostedRow::operator[](const QString &name) const
 {
-    values_.reserve(values.size());
-    for (const auto &[name, value] : values)
-        values_.insert(name, value);
+    for (const auto &[posted, value] : values_)
+        if (posted == name)
+            return value;
+    return {};
+}
+
+bool PostedRow::Has(const QString &name) const
+{
+    return std::any_of(values_.begin(), values_.end(),
+                       [&](const Wire::NamedValue &value) { return value.first == name; });
 }
 
 QStringList PostedRow::Of(const QStringList &names) const

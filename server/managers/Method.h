@@ -1,13 +1,15 @@
 #pragma once
 
 #include "dataset/QelError.h"
+#include "managers/Audit.h"
 #include "store/Connection.h"
 #include "store/Credentials.h"
 #include "wire/Wire.h"
 
-#include <QHash>
 #include <QList>
+#include <QSet>
 #include <QString>
+#include <QStringList>
 
 /// What posts do. One file a manager class, one function a method; Methods() is the table of them.
 namespace Qel::Managers {
@@ -33,19 +35,23 @@ private:
     QByteArray code_;
 };
 
-/// One posted row whose names and sizes have been checked.
+/// A look at one posted row, which has a dozen values at most and must outlive it.
 class PostedRow
 {
 public:
-    explicit PostedRow(const Wire::NamedValues &values);
+    explicit PostedRow(const Wire::NamedValues &values)
+        : values_(values)
+    {
+    }
 
-    const QString operator[](const QString &name) const { return values_.value(name); }
-    bool Has(const QString &name) const { return values_.contains(name); }
+    /// Empty if the row has no such value.
+    QString operator[](const QString &name) const;
+    bool Has(const QString &name) const;
     /// The values of these parameters, in their order.
     QStringList Of(const QStringList &names) const;
 
 private:
-    QHash<QString, QString> values_;
+    const Wire::NamedValues &values_;
 };
 
 /// What a method works with: one transaction and who acts.
@@ -53,8 +59,10 @@ struct PostContext
 {
     Store::Connection &connection;
     const Store::Operator &user;
-    QString now;      ///< the moment of the post, as dates are stored
-    QString lastUser; ///< what the row at hand leaves as LAST_USER
+    QString now;                      ///< the moment of the post, as dates are stored
+    QString lastUser;                 ///< what the row at hand leaves as LAST_USER
+    QList<LoggedChange> changes = {}; ///< so far; see LogChange
+    QSet<QStringList> found = {};     ///< references of earlier rows that no row of the method ends
 };
 
 /// Result codes as the screens read them; what the two refusals mean is the method's own.

@@ -34,7 +34,8 @@ std::optional<Wire::PostAnswer> KeptAnswer(Store::Connection &connection, const 
         return std::nullopt;
     if (statement->ColumnText(0) != bodyHash)
         throw EPostError("post.key_reused", u"同一提交标识用于不同的内容，已拒绝。"_s);
-    return Wire::DecodePostAnswer(statement->ColumnBytes(1).toByteArray(), Wire::Format::Json);
+    return Wire::DecodePostAnswer(QByteArray::fromBase64(statement->ColumnBytes(1).toByteArray()),
+                                  Wire::Format::Cbor);
 }
 
 void KeepAnswer(Store::Connection &connection, const QString &key, const QString &bodyHash,
@@ -42,7 +43,8 @@ void KeepAnswer(Store::Connection &connection, const QString &key, const QString
 {
     connection.Run("INSERT INTO SRV_IDEMPOTENCY (KEY, BODY_HASH, ANSWER, CREATED)"
                    " VALUES (?1, ?2, ?3, ?4)",
-                   {key, bodyHash, QString::fromUtf8(Wire::Encode(answer, Wire::Format::Json)),
+                   {key, bodyHash,
+                    QString::fromLatin1(Wire::Encode(answer, Wire::Format::Cbor).toBase64()),
                     Store::DateText(QDateTime::currentDateTime())});
 }
 
@@ -76,6 +78,7 @@ Wire::PostAnswer RunAsOne(PostContext &context, const Method &method,
         answer.rows.append(RunRow(context, method, PostedRow(row)));
         const QString code = answer.rows.last().code;
         if (code != Stored) {
+            context.changes.clear();
             answer.rows.fill({code, {}}, rows.size());
             return answer;
         }
@@ -90,6 +93,7 @@ Wire::PostAnswer RunRowByRow(PostContext &context, const Method &method,
     Wire::PostAnswer answer;
     for (const auto &values : rows) {
         const PostedRow row(values);
+        const qsizetype changesBefore = context.changes.size();
         Store::Savepoint savepoint(context.connection);
         Wire::ResultRow result = RunRow(context, method, row);
         for (const QString &name : method.echo)
@@ -97,6 +101,8 @@ Wire::PostAnswer RunRowByRow(PostContext &context, const Method &method,
         answer.rows.append(result);
         if (result.code == Stored)
             savepoint.Keep();
+        else
+            context.changes.resize(changesBefore);
     }
     return answer;
 }
@@ -125,6 +131,7 @@ Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &u
     PostContext context{connection, user, Store::Now(), {}};
     const Wire::PostAnswer answer =
         (method->RowByRow() ? RunRowByRow : RunAsOne)(context, *method, request.rows);
+    WriteLog(context);
     if (!key.isEmpty())
         KeepAnswer(connection, key, bodyHash, answer);
     transaction.Commit();

@@ -18,8 +18,10 @@ bool IsLiveMember(Store::Connection &connection, const QString &unionId, const Q
 bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,
                       const QString &orgTypeId)
 {
-    return connection.Exists("SELECT 1 FROM UNI_ORG_TYPE WHERE ORG_TYPE_ID = ?2 AND UNION_ID = ?1"
-                             " AND LAST_OPERATE <> 'D'",
+    return connection.Exists("SELECT 1 FROM UNI_ORG_TYPE T, UNI_UNION U"
+                             " WHERE T.ORG_TYPE_ID = ?2 AND T.UNION_ID = ?1"
+                             " AND U.UNION_ID = ?1 AND T.LAST_OPERATE <> 'D'"
+                             " AND U.LAST_OPERATE <> 'D'",
                              {unionId, orgTypeId});
 }
 

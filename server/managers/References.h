@@ -9,6 +9,7 @@ namespace Qel::Managers {
 
 bool IsLiveGroup(Store::Connection &connection, const QString &unionId);
 bool IsLiveMember(Store::Connection &connection, const QString &unionId, const QString &orgId);
+/// A live type of the live group.
 bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,
                       const QString &orgTypeId);
 /// Live and enabled: what the lists of candidates offer.

@@ -17,6 +17,18 @@ const RecordTable &Memberships()
     return table;
 }
 
+/// The members of one list mostly share a few types.
+bool HasMemberType(PostContext &post, const QString &unionId, const QString &orgTypeId)
+{
+    const QStringList type{unionId, orgTypeId};
+    if (post.found.contains(type))
+        return true;
+    if (!IsLiveMemberType(post.connection, unionId, orgTypeId))
+        return false;
+    post.found.insert(type);
+    return true;
+}
+
 /// Adds an organisation to a group, or gives a member another type. The two come with the same
 /// values; it is the change that names its LAST_USER, an addition does not.
 /// "-1": the organisation to add is a member, which another operator may just have made it: its
@@ -28,8 +40,7 @@ Wire::ResultRow InsertUpdateMember(PostContext &post, const PostedRow &row)
     const QString orgTypeId = row[u"ORG_TYPE_ID"_s];
     const bool isChange = row.Has(u"LAST_USER"_s);
 
-    if (!IsLiveGroup(post.connection, keys[0]) ||
-        !IsLiveMemberType(post.connection, keys[0], orgTypeId))
+    if (!HasMemberType(post, keys[0], orgTypeId))
         return {Failed, {}};
     const Record old = Memberships().Find(post.connection, keys);
     const bool isMember = old.state == RowState::Live;

@@ -1,5 +1,8 @@
 #include "store/Connection.h"
 
+#include <QStringEncoder>
+#include <QVarLengthArray>
+
 namespace Qel::Store {
 
 namespace {
@@ -17,8 +20,10 @@ void ExecuteQuietly(Connection &connection, QByteArrayView sql)
 
 void Statement::Bind(int parameter, const QString &text)
 {
-    const QByteArray utf8 = text.toUtf8();
-    Bind(parameter, QByteArrayView(utf8));
+    QStringEncoder encoder(QStringEncoder::Utf8);
+    QVarLengthArray<char, 512> utf8(encoder.requiredSpace(text.size()));
+    const char *end = encoder.appendToBuffer(utf8.data(), text);
+    Bind(parameter, QByteArrayView(utf8.data(), end));
 }
 
 /// A kept statement with its values bound, for as long as one helper works with it.

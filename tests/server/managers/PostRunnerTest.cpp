@@ -157,7 +157,9 @@ private slots:
     void RowThatTheDatabaseRefusesDoesNotUndoTheOthersOfARowByRowMethod()
     {
         ManagerSite site;
-        site.Connection().Execute("CREATE UNIQUE INDEX ONE_ENTRY ON SYS_UPDATE_LOG (KEY_ID1)");
+        site.Connection().Execute("CREATE TRIGGER NO_MORE BEFORE INSERT ON UNI_PRODUCT"
+                                  " WHEN new.PRODUCT_ID = '500003'"
+                                  " BEGIN SELECT RAISE(ABORT, 'full'); END");
         const Wire::PostAnswer answer = Run(site, MoveIn({u"500002"_s, u"500003"_s}));
         QCOMPARE(answer.rows[0].code, u"1"_s);
         QCOMPARE(answer.rows[1].code, u"0"_s);
