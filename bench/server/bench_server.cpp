@@ -1,19 +1,16 @@
 #include "HttpLine.h"
+#include "ServerRun.h"
 
 #include "sql/SqliteFunctions.h"
-#include "store/Credentials.h"
 #include "store/Database.h"
 #include "store/Schema.h"
 #include "wire/Wire.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -25,7 +22,6 @@ namespace {
 constexpr int Organisations = 100'000;
 constexpr int RegionCount = 1'000; // 100 organisations each
 constexpr int PageSize = 50;
-constexpr char Credential[] = "bench:0123456789abcdef0123456789abcdef";
 
 struct Case
 {
@@ -71,18 +67,8 @@ void Fill(const QString &url)
         insert->Step();
         insert->Reset();
     }
-    connection->Run("INSERT INTO USR_USER (USER_ID, USER_CODE, USER_NAME, ORG_ID)"
-                    " VALUES ('600001', 'bench', '测量员', '200000')");
-    Store::SetToken(*connection, u"bench"_s, QByteArray(Credential).mid(6));
+    Bench::AddOperator(*connection);
     transaction.Commit();
-}
-
-QByteArray Request(const QByteArray &line, const QByteArray &body)
-{
-    return line + " HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " +
-           QByteArray(Credential).toBase64() +
-           "\r\nAccept: application/cbor\r\nContent-Type: application/cbor\r\nContent-Length: " +
-           QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
 /// A statement prepared once and run with every column read, as a program on the database library
@@ -115,48 +101,33 @@ private:
     sqlite3_stmt *statement_ = nullptr;
 };
 
-template <typename Function>
-double Microseconds(Function function)
-{
-    QElapsedTimer timer;
-    timer.start();
-    function();
-    return double(timer.nsecsElapsed()) / 1000.0;
-}
-
-double Median(std::vector<double> values)
-{
-    std::ranges::nth_element(values, values.begin() + qsizetype(values.size()) / 2);
-    return values[values.size() / 2];
-}
-
 bool Measure(const Case &test, sqlite3 *database, Bench::HttpLine &line)
 {
     const Sql::CompiledQuery compiled =
         Sql::Compile(test.sql.toUtf8(), Store::SchemaCatalog(), Sql::Dialect::Sqlite);
     Direct page(database, compiled.Page(PageSize, 0));
     Direct count(database, compiled.count);
-    const QByteArray query =
-        Request("POST /NorvaneSelectServlet",
-                Wire::Encode(Wire::QueryRequest{test.sql, 1, PageSize, 2}, Wire::Format::Cbor));
-    const QByteArray empty = Request("GET /healthz", {});
+    const QByteArray query = Bench::Request(
+        "POST /NorvaneSelectServlet",
+        Wire::Encode(Wire::QueryRequest{test.sql, 1, PageSize, 2}, Wire::Format::Cbor));
+    const QByteArray empty = Bench::Request("GET /healthz", {});
 
     std::vector<double> served;
     std::vector<double> direct;
     std::vector<double> trips;
     for (int round = 0; round < test.rounds; ++round) {
-        served.push_back(Microseconds([&] { line.Ask(query); }));
-        direct.push_back(Microseconds([&] {
+        served.push_back(Bench::Microseconds([&] { line.Ask(query); }));
+        direct.push_back(Bench::Microseconds([&] {
             page.Run();
             count.Run();
         }));
-        trips.push_back(Microseconds([&] { line.Ask(empty); }));
+        trips.push_back(Bench::Microseconds([&] { line.Ask(empty); }));
     }
-    const double peer = Median(direct) + Median(trips);
-    const double ratio = Median(served) / peer;
+    const double peer = Bench::Median(direct) + Bench::Median(trips);
+    const double ratio = Bench::Median(served) / peer;
     std::printf("%-26s %10.0f us %10.0f us %8.0f us %8.2f <= %4.1f  %s\n", test.name,
-                Median(served), Median(direct), Median(trips), ratio, test.goal,
-                ratio <= test.goal ? "met" : "MISSED");
+                Bench::Median(served), Bench::Median(direct), Bench::Median(trips), ratio,
+                test.goal, ratio <= test.goal ? "met" : "MISSED");
     return ratio <= test.goal;
 }
 
@@ -169,14 +140,6 @@ int main(int argc, char *argv[])
     const QString file = folder.filePath(u"bench.sqlite"_s);
     Fill(u"sqlite:"_s + file);
 
-    QProcess server;
-    server.setStandardErrorFile(QProcess::nullDevice());
-    server.start(QStringLiteral(QEL_SERVER_PROGRAM),
-                 {u"--database"_s, u"sqlite:"_s + file, u"--listen"_s, u"127.0.0.1:0"_s});
-    server.waitForReadyRead();
-    const QByteArray announced = server.readLine().trimmed();
-    const quint16 port = announced.mid(announced.lastIndexOf(':') + 1).toUShort();
-
     sqlite3 *database = nullptr;
     sqlite3_open_v2(file.toUtf8().constData(), &database, SQLITE_OPEN_READONLY, nullptr);
     Sql::PrepareSqliteConnection(database);
@@ -186,12 +149,11 @@ int main(int argc, char *argv[])
                 "ratio");
     bool met = true;
     {
-        Bench::HttpLine line(port);
+        const Bench::ServerRun server(file);
+        Bench::HttpLine line(server.Port());
         for (const Case &test : Cases)
             met = Measure(test, database, line) && met;
     }
     sqlite3_close(database);
-    server.terminate();
-    server.waitForFinished();
     return met ? 0 : 2;
 }

@@ -1,3 +1,4 @@
+#include "dataset/CborWriter.h"
 #include "wire/WireTree.h"
 
 namespace Qel::Wire {
@@ -27,8 +28,37 @@ PostRequest DecodePostRequest(const QByteArray &body, Format format)
     return request;
 }
 
+namespace {
+
+/// Without a tree in between: an answer has a row for each row of the post.
+QByteArray CborAnswer(const PostAnswer &answer)
+{
+    QByteArray out;
+    const auto text = [&out](const QString &value) { CborWriter::AddText(out, value.toUtf8()); };
+    CborWriter::AddMapHead(out, 1);
+    CborWriter::AddText(out, "rows");
+    CborWriter::AddArrayHead(out, answer.rows.size());
+    for (const ResultRow &row : answer.rows) {
+        CborWriter::AddMapHead(out, 2);
+        CborWriter::AddText(out, "code");
+        text(row.code);
+        CborWriter::AddText(out, "values");
+        CborWriter::AddArrayHead(out, row.values.size());
+        for (const auto &[name, value] : row.values) {
+            CborWriter::AddArrayHead(out, 2);
+            text(name);
+            text(value);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
 QByteArray Encode(const PostAnswer &answer, Format format)
 {
+    if (format == Format::Cbor)
+        return CborAnswer(answer);
     QCborArray rows;
     for (const ResultRow &row : answer.rows)
         rows.append(QCborMap{{u"code"_s, row.code}, {u"values"_s, NamedValuesTree(row.values)}});

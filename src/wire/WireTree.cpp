@@ -109,20 +109,31 @@ void WireItem::Fail(const QString &what) const
 NamedValues ReadNamedValues(const WireItem &item)
 {
     NamedValues values;
-    QSet<QString> names;
+    QSet<QString> manyNames; // of long lists only: comparing a dozen names is quicker
+    constexpr qsizetype few = 16;
     const qsizetype size = item.ArraySize(MaxValuesPerRow);
+    values.reserve(size);
     for (qsizetype i = 0; i < size; ++i) {
         const WireItem pair = item[i];
         if (pair.ArraySize(2) != 2)
             pair.Fail(u"应为名称和值两项"_s);
-        const WireItem name = pair[0];
-        values.append({name.Text(), pair[1].Text()});
-        if (name.Text().isEmpty())
-            name.Fail(u"名称为空"_s);
-        const qsizetype before = names.size();
-        names.insert(name.Text().toUpper());
-        if (names.size() == before)
-            name.Fail(u"名称“%1”重复"_s.arg(name.Text()));
+        const WireItem nameItem = pair[0];
+        const QString name = nameItem.Text();
+        if (name.isEmpty())
+            nameItem.Fail(u"名称为空"_s);
+        bool isKnown = false;
+        if (size > few) {
+            const qsizetype before = manyNames.size();
+            manyNames.insert(name.toUpper());
+            isKnown = manyNames.size() == before;
+        } else {
+            isKnown = std::any_of(values.begin(), values.end(), [&](const NamedValue &one) {
+                return one.first.compare(name, Qt::CaseInsensitive) == 0;
+            });
+        }
+        if (isKnown)
+            nameItem.Fail(u"名称“%1”重复"_s.arg(name));
+        values.append({name, pair[1].Text()});
     }
     return values;
 }

@@ -1,0 +1,55 @@
+#include "ServerRun.h"
+
+#include "store/Credentials.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Bench {
+
+namespace {
+
+constexpr char Token[] = "0123456789abcdef0123456789abcdef";
+
+} // namespace
+
+void AddOperator(Store::Connection &connection)
+{
+    connection.Run("INSERT INTO USR_USER (USER_ID, USER_CODE, USER_NAME, ORG_ID)"
+                   " VALUES ('600001', 'bench', '测量员', '200000')");
+    Store::SetToken(connection, u"bench"_s, Token);
+}
+
+QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteArray &key)
+{
+    return line + " HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " +
+           (QByteArray("bench:") + Token).toBase64() +
+           "\r\nAccept: application/cbor\r\nContent-Type: application/cbor\r\nContent-Length: " +
+           QByteArray::number(body.size()) +
+           (key.isEmpty() ? QByteArray() : "\r\nIdempotency-Key: " + key) + "\r\n\r\n" + body;
+}
+
+ServerRun::ServerRun(const QString &file)
+{
+    process_.setStandardErrorFile(QProcess::nullDevice());
+    process_.start(QStringLiteral(QEL_SERVER_PROGRAM),
+                   {u"--database"_s, u"sqlite:"_s + file, u"--listen"_s, u"127.0.0.1:0"_s});
+    process_.waitForReadyRead();
+    const QByteArray announced = process_.readLine().trimmed();
+    port_ = announced.mid(announced.lastIndexOf(':') + 1).toUShort();
+}
+
+ServerRun::~ServerRun()
+{
+    process_.terminate();
+    process_.waitForFinished();
+}
+
+double Median(std::vector<double> values)
+{
+    std::ranges::nth_element(values, values.begin() + qsizetype(values.size()) / 2);
+    return values[values.size() / 2];
+}
+
+} // namespace Qel::Bench

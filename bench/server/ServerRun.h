@@ -1,0 +1,48 @@
+#pragma once
+
+#include "store/Connection.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QString>
+
+#include <vector>
+
+/// What the measurements of the server share: a server process, an operator, and how a peer is
+/// held against it.
+namespace Qel::Bench {
+
+/// The operator in whose name Request speaks. BAS_ORG should hold 200000.
+void AddOperator(Store::Connection &connection);
+
+/// The bytes of a request; `line` is "POST /path", `key` an idempotency key or empty.
+QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteArray &key = {});
+
+/// The built qel-server on a database file, on a free port; ends with the object.
+class ServerRun
+{
+public:
+    explicit ServerRun(const QString &file);
+    ~ServerRun();
+    Q_DISABLE_COPY_MOVE(ServerRun)
+
+    quint16 Port() const { return port_; }
+
+private:
+    QProcess process_;
+    quint16 port_ = 0;
+};
+
+double Median(std::vector<double> values);
+
+template <typename Function>
+double Microseconds(Function function)
+{
+    QElapsedTimer timer;
+    timer.start();
+    function();
+    return double(timer.nsecsElapsed()) / 1000.0;
+}
+
+} // namespace Qel::Bench
