@@ -290,6 +290,65 @@ class Contract:
         self.refusal(400, "http.bad_request", self.peer.call, "POST", "/NorvaneServlet", body)
 
 
+    def test_a_row_has_every_parameter_of_its_method(self):
+        self.refusal(400, "post.bad_row", self.peer.post, MANAGER, "delete_UniUnion", [{}])
+        row = self.group()
+        del row["REMARK"]
+        self.refusal(400, "post.bad_row", self.peer.post, MANAGER, "insert_update_UniUnion", [row])
+
+    def test_a_record_is_named_once_in_a_list(self):
+        rows = [{"UNION_ID": "1"}, {"UNION_ID": "1"}]
+        self.refusal(400, "post.bad_row", self.peer.post, MANAGER, "delete_UniUnion", rows)
+
+    def test_a_post_without_rows_is_taken_by_one_method(self):
+        self.assertEqual(self.peer.post(MANAGER, "insert_update_UniOrgType", []), [("1", {})])
+        self.refusal(400, "post.bad_row", self.peer.post, MANAGER, "delete_UniUnion", [])
+
+    # A catalogue, which is answered row by row
+
+    CATALOGUE = "com.business.admin.Uni_Product"
+
+    def products(self, group, count):
+        """Products that may be moved into the group's catalogue."""
+        inside = set(self.peer.query("SELECT PRODUCT_ID FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                                     f" AND UNION_ID = '{group}'").column("PRODUCT_ID"))
+        offered = self.peer.query("SELECT PRODUCT_ID FROM BAS_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                                  " AND ENABLE_FLAG = '1' ORDER BY PRODUCT_ID").column("PRODUCT_ID")
+        return [product for product in offered if product not in inside][:count]
+
+    def move(self, method, group, products, key=None):
+        return self.peer.post(self.CATALOGUE, method, [
+            {"UNION_ID": group, "PRODUCT_ID": product} for product in products], key)
+
+    def test_each_move_has_its_own_code_and_product(self):
+        group = self.store(self.group())[0][1]["UNION_ID"]
+        first, second, third = self.products(group, 3)
+        self.assertEqual(self.move("move_in_Uni_Product", group, [second]),
+                         [("1", {"PRODUCT_ID": second})])
+        self.assertEqual(
+            self.move("move_in_Uni_Product", group, [first, second, "no-such-product", third]),
+            [("1", {"PRODUCT_ID": first}), ("-1", {"PRODUCT_ID": second}),
+             ("0", {"PRODUCT_ID": "no-such-product"}), ("1", {"PRODUCT_ID": third})])
+        live = self.peer.query("SELECT PRODUCT_ID FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                               f" AND UNION_ID = '{group}' ORDER BY PRODUCT_ID")
+        self.assertEqual(live.column("PRODUCT_ID"), [first, second, third])
+        for _ in range(2):  # what is out already is out
+            self.assertEqual(self.move("move_out_Uni_Product", group, [first, third]),
+                             [("1", {"PRODUCT_ID": first}), ("1", {"PRODUCT_ID": third})])
+        log = self.peer.query("SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME = 'UNI_PRODUCT'"
+                              f" AND KEY_ID1 = '{group}' AND KEY_ID2 = '{first}' ORDER BY LOG_ID")
+        self.assertEqual(sorted(log.column("OPTION_TYPE")), ["1", "5"])
+
+    def test_moves_with_the_same_key_take_effect_once(self):
+        group = self.store(self.group())[0][1]["UNION_ID"]
+        products, key = self.products(group, 2), str(uuid.uuid4())
+        first = self.move("move_in_Uni_Product", group, products, key)
+        self.assertEqual(first, [("1", {"PRODUCT_ID": product}) for product in products])
+        self.assertEqual(self.move("move_in_Uni_Product", group, products, key), first)
+        self.assertEqual([code for code, _ in self.move("move_in_Uni_Product", group, products)],
+                         ["-1", "-1"])
+
+
 class OverCbor(Contract, WithServer):
     media = peer.CBOR
 
