@@ -24,6 +24,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The room that both lists' columns need; what there is is shared in this proportion.
+constexpr int UnionsWidth = 550;
+constexpr int OrgsWidth = 702;
+
 constexpr ResultMessage DeleteUnionMessages[]{
     {u"-2", TBoxIcon::Warning, u"该集团存在成员,不能删除！", u"警告"},
     {u"-1", TBoxIcon::Warning, u"存在下级不能删除数据！", u"警告"},
@@ -60,6 +64,7 @@ TFrmUniUnion::TFrmUniUnion(QWidget *owner)
     , focusChange_([this] { Guarded([this] { LoadMembers(FocusedUnionId()); }); })
 {
     ui_->setupUi(this);
+    ui_->splitter->setSizes({UnionsWidth, OrgsWidth});
     BindActions(this);
     DataModule().SetFormStyle(this);
     ui_->TreeGrid->SetDataSet(&cdsUnion);

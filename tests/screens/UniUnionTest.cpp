@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 
 using namespace Qel;
 using namespace Qel::Test;
@@ -138,6 +139,16 @@ private slots:
         QCOMPARE(captions(*screen.Grid().Model()),
                  QStringList({u"机构编码"_s, u"机构名称"_s, u"成员类型名称"_s, u"买方"_s, u"卖方"_s,
                               u"配送"_s, u"管理"_s, u"备注"_s}));
+    }
+
+    void BothListsShowAllTheirColumnsInTheHostsFirstWindow()
+    {
+        Screen screen;
+        screen.form.resize(1280, 720);
+        screen.Query();
+        QTRY_COMPARE(screen.form.width(), 1280);
+        QCOMPARE(screen.Grid().horizontalScrollBar()->maximum(), 0);
+        QCOMPARE(screen.Tree().horizontalScrollBar()->maximum(), 0);
     }
 
     void ContextMenusHoldTheirActionsInOrder()
