@@ -39,6 +39,7 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN01-member-types", u"ADMIN01", {u"ActMemberType"}},
     {u"ADMIN01-rules", u"ADMIN01", {u"ActRuleConfigure"}},
     {u"ADMIN01-products", u"ADMIN01", {u"ActUniProduct", u"+ActionQueryIn"}},
+    {u"ADMIN01-product-log", u"ADMIN01", {u"ActUniProduct", u"+ActionQueryIn", u"ActionLog"}},
     {u"ADMIN01-product-candidates",
      u"ADMIN01",
      {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
