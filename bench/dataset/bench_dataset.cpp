@@ -2,6 +2,7 @@
 #include "Samples.h"
 
 #include "dataset/ClientDataSet.h"
+#include "dataset/ColumnReader.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -142,8 +143,8 @@ void DeleteTenthDataSet(benchmark::State &state)
         auto dataSet = std::make_unique<ClientDataSet>();
         dataSet->Open(SampleRows());
         state.ResumeTiming();
-        dataSet->DeleteRows(
-            [&dataSet](int recNo) { return dataSet->BytesAt(recNo, 0).back() == '3'; });
+        const ColumnReader keys = dataSet->Column(0);
+        dataSet->DeleteRows([&keys](int recNo) { return keys.Bytes(recNo).endsWith('3'); });
         state.PauseTiming();
         dataSet.reset();
         state.ResumeTiming();

@@ -1,6 +1,7 @@
 #include "controls/DataSetTreeModel.h"
 
 #include "dataset/ByteHash.h"
+#include "dataset/ColumnReader.h"
 
 #include <bit>
 #include <utility>
@@ -29,53 +30,57 @@ quint64 StampOf(quint32 keyHash, quint32 parentHash)
     return (quint64(keyHash) << 32) | parentHash;
 }
 
-/// Maps key bytes to nodes: open addressing in one flat array, no allocation per key. Kept small,
-/// up to three quarters full: a table that leaves the cache costs more than a longer search.
-class KeyTable
+/// The different parent keys of a table, numbered from 0: open addressing, no allocation per key.
+/// Most tables have far fewer parents than rows, so it stays in the cache, and the key of a row
+/// without children mostly meets a free slot at once. Holds views of the keys.
+class ParentKeys
 {
 public:
-    KeyTable(const ClientDataSet &dataSet, int field, const std::vector<int> &recNos, int count)
-        : dataSet_(dataSet)
-        , field_(field)
-        , recNos_(recNos)
-        , mask_(quint32(std::bit_ceil(size_t(count) * 4 / 3 + 2) - 1))
-        , slots_(size_t(mask_) + 1, Slot{0, -1})
-    {
-    }
+    int Size() const { return int(keys_.size()); }
 
-    void Add(QByteArrayView key, quint32 hash, int node)
+    int Add(QByteArrayView key, quint32 hash)
     {
+        if (2 * keys_.size() >= slots_.size())
+            Grow();
         Slot &slot = slots_[Seek(key, hash)];
-        if (slot.node < 0)
-            slot = {hash, node};
+        if (slot.number < 0) {
+            slot = {hash, Size()};
+            keys_.push_back(key);
+        }
+        return slot.number;
     }
 
-    int Find(QByteArrayView key, quint32 hash) const { return slots_[Seek(key, hash)].node; }
+    int Find(QByteArrayView key, quint32 hash) const { return slots_[Seek(key, hash)].number; }
 
 private:
     struct Slot
     {
-        quint32 hash;
-        int node;
+        quint32 hash = 0;
+        int number = -1; ///< -1: free
     };
 
     size_t Seek(QByteArrayView key, quint32 hash) const
     {
-        quint32 at = hash & mask_;
-        while (slots_[at].node >= 0) {
-            if (slots_[at].hash == hash &&
-                dataSet_.BytesAt(recNos_[size_t(slots_[at].node)], field_) == key)
-                break;
-            at = (at + 1) & mask_;
-        }
+        const size_t mask = slots_.size() - 1;
+        size_t at = hash & mask;
+        while (slots_[at].number >= 0 &&
+               (slots_[at].hash != hash || !SameBytes(keys_[size_t(slots_[at].number)], key)))
+            at = (at + 1) & mask;
         return at;
     }
 
-    const ClientDataSet &dataSet_;
-    int field_;
-    const std::vector<int> &recNos_;
-    quint32 mask_;
-    std::vector<Slot> slots_;
+    void Grow()
+    {
+        std::vector<Slot> before(4 * slots_.size());
+        before.swap(slots_);
+        for (const Slot &slot : before) {
+            if (slot.number >= 0)
+                slots_[Seek(keys_[size_t(slot.number)], slot.hash)] = slot;
+        }
+    }
+
+    std::vector<QByteArrayView> keys_;
+    std::vector<Slot> slots_ = std::vector<Slot>(256); ///< a power of two, at most half full
 };
 
 /// Makes every node that lies on a cycle top-level. Each node is walked over once; a table in which
@@ -192,35 +197,45 @@ std::vector<int> DataSetTreeModel::FindParents(int childless)
     const int keyField = dataSet ? dataSet->FieldIndex(keyField_) : -1;
     const int parentField = dataSet ? dataSet->FieldIndex(parentField_) : -1;
     stamps_.resize(recNos_.size());
-    if (keyField < 0 || parentField < 0)
+    if (keyField < 0 || parentField < 0 || !dataSet->IsActive())
         return parents;
 
     const int count = int(nodes_.size());
     const KeyHash hashOf;
-    KeyTable keys(*dataSet, keyField, recNos_, count);
-    for (int recNo = 0; recNo < count; ++recNo) {
-        const int node = nodes_[size_t(recNo)];
-        const QByteArrayView key = dataSet->BytesAt(recNo, keyField);
-        const quint32 hash = hashOf(key);
-        stamps_[size_t(node)] = StampOf(hash, 0);
-        if (!key.isEmpty() && node != childless)
-            keys.Add(key, hash, node);
-    }
-    // Siblings mostly stand together; each run of them looks its parent up once.
+    const ColumnReader keys = dataSet->Column(keyField);
+    const ColumnReader parentKeys = dataSet->Column(parentField);
+    // First every node's parent is a number of its key. Siblings mostly stand together; each run of
+    // them looks its key up once.
+    ParentKeys wanted;
     QByteArrayView last;
     quint32 lastHash = hashOf(last);
-    int lastParent = -1;
+    int lastNumber = -1;
     for (int recNo = 0; recNo < count; ++recNo) {
         const int node = nodes_[size_t(recNo)];
-        const QByteArrayView key = dataSet->BytesAt(recNo, parentField);
-        if (key != last) {
+        const QByteArrayView key = parentKeys.Bytes(recNo);
+        if (!SameBytes(key, last)) {
             last = key;
             lastHash = hashOf(key);
             const bool namesParent = !key.isEmpty() && key != rootValue_;
-            lastParent = namesParent ? keys.Find(key, lastHash) : -1;
+            lastNumber = namesParent ? wanted.Add(key, lastHash) : -1;
         }
-        stamps_[size_t(node)] |= lastHash;
-        parents[size_t(node)] = lastParent;
+        stamps_[size_t(node)] = StampOf(0, lastHash);
+        parents[size_t(node)] = lastNumber;
+    }
+    // Then the first row with that key is the parent.
+    std::vector<int> parentOf(size_t(wanted.Size()), -1);
+    for (int recNo = 0; recNo < count; ++recNo) {
+        const int node = nodes_[size_t(recNo)];
+        const QByteArrayView key = keys.Bytes(recNo);
+        const quint32 hash = hashOf(key);
+        stamps_[size_t(node)] |= StampOf(hash, 0);
+        const int number = node != childless ? wanted.Find(key, hash) : -1;
+        if (number >= 0 && parentOf[size_t(number)] < 0)
+            parentOf[size_t(number)] = node;
+    }
+    for (int &parent : parents) {
+        if (parent >= 0)
+            parent = parentOf[size_t(parent)];
     }
     BreakCycles(parents);
     return parents;

@@ -7,6 +7,13 @@
 
 namespace Qel {
 
+/// Equality of two short keys without a call where their lengths differ.
+inline bool SameBytes(QByteArrayView a, QByteArrayView b)
+{
+    return a.size() == b.size() &&
+           (a.isEmpty() || std::memcmp(a.data(), b.data(), size_t(a.size())) == 0);
+}
+
 /// Hashes short keys in a few nanoseconds. Seeded once per process, so answers cannot be made to
 /// collide; never stored.
 class ByteHash

@@ -12,6 +12,8 @@
 
 namespace Qel {
 
+class ColumnReader;
+
 /// The in-memory table in which every screen holds its rows: a RowSet as it came from the server
 /// with an overlay of what was changed since. Has a current row, edit states, filter, bookmarks
 /// and counted control suspension. One thread.
@@ -76,6 +78,7 @@ public:
     QString TextAt(int recNo, QStringView field) const { return TextAt(recNo, FieldIndex(field)); }
     QByteArrayView BytesAt(int recNo, int field) const; ///< UTF-8, valid until the next change
     bool IsNullAt(int recNo, int field) const;
+    ColumnReader Column(int field) const; ///< for loops over many rows (dataset/ColumnReader.h)
 
     /// `function` runs after a field of the current row was set, inside the edit, and may itself
     /// set fields. Survives Close and Open as long as a field of that name exists; setting it
