@@ -26,27 +26,40 @@ quint64 Merge(quint64 hash, quint64 lane)
 
 } // namespace
 
-quint64 Checksum(QByteArrayView bytes)
+RunningChecksum::RunningChecksum()
+    : lanes_{kPrime1 + kPrime2, kPrime2, 0, 0 - kPrime1}
 {
-    const char *at = bytes.data();
-    qsizetype left = bytes.size();
+}
+
+void RunningChecksum::Add(QByteArrayView piece)
+{
+    Q_ASSERT(piece.size() % Unit == 0);
+    auto [a, b, c, d] = lanes_;
+    const char *const end = piece.data() + piece.size();
+    for (const char *at = piece.data(); at != end; at += Unit) {
+        a = Round(a, qFromLittleEndian<quint64>(at));
+        b = Round(b, qFromLittleEndian<quint64>(at + 8));
+        c = Round(c, qFromLittleEndian<quint64>(at + 16));
+        d = Round(d, qFromLittleEndian<quint64>(at + 24));
+    }
+    lanes_ = {a, b, c, d};
+    length_ += quint64(piece.size());
+}
+
+quint64 RunningChecksum::Finish(QByteArrayView last) const
+{
+    RunningChecksum all = *this;
+    qsizetype left = last.size() % Unit;
+    all.Add(last.chopped(left));
     quint64 hash = kPrime5;
-    if (left >= 32) {
-        quint64 a = kPrime1 + kPrime2;
-        quint64 b = kPrime2;
-        quint64 c = 0;
-        quint64 d = 0 - kPrime1;
-        for (; left >= 32; at += 32, left -= 32) {
-            a = Round(a, qFromLittleEndian<quint64>(at));
-            b = Round(b, qFromLittleEndian<quint64>(at + 8));
-            c = Round(c, qFromLittleEndian<quint64>(at + 16));
-            d = Round(d, qFromLittleEndian<quint64>(at + 24));
-        }
+    if (all.length_ > 0) {
+        const auto [a, b, c, d] = all.lanes_;
         hash = std::rotl(a, 1) + std::rotl(b, 7) + std::rotl(c, 12) + std::rotl(d, 18);
-        for (const quint64 lane : {a, b, c, d})
+        for (const quint64 lane : all.lanes_)
             hash = Merge(hash, lane);
     }
-    hash += quint64(bytes.size());
+    hash += all.length_ + quint64(left);
+    const char *at = last.data() + last.size() - left;
     for (; left >= 8; at += 8, left -= 8) {
         hash ^= Round(0, qFromLittleEndian<quint64>(at));
         hash = std::rotl(hash, 27) * kPrime1 + kPrime4;
@@ -64,6 +77,11 @@ quint64 Checksum(QByteArrayView bytes)
     hash = (hash ^ (hash >> 33)) * kPrime2;
     hash = (hash ^ (hash >> 29)) * kPrime3;
     return hash ^ (hash >> 32);
+}
+
+quint64 Checksum(QByteArrayView bytes)
+{
+    return RunningChecksum().Finish(bytes);
 }
 
 } // namespace Qel

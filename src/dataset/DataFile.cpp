@@ -27,6 +27,10 @@ constexpr int kLengthAt = 16;
 constexpr int kChecksumAt = 24;
 constexpr int kHeadSize = 32;
 
+// What is read at a time and summed up while the cache still has it.
+constexpr qsizetype kPieceSize = 128 * 1024;
+static_assert(kPieceSize % RunningChecksum::Unit == 0);
+
 using Head = std::array<char, kHeadSize>;
 
 [[noreturn]] void Fail(const QString &doing, const QString &path, const QString &why)
@@ -72,9 +76,18 @@ QByteArray Read(const QString &path)
     if (length != quint64(present))
         fail(u"长度应为 %1 字节，实有 %2"_s.arg(length).arg(present));
     QByteArray block(present, Qt::Uninitialized);
-    if (file.read(block.data(), present) != present)
-        fail(u"没有读完：%1"_s.arg(file.errorString()));
-    if (qFromLittleEndian<quint64>(head.data() + kChecksumAt) != Checksum(block))
+    RunningChecksum checksum;
+    qsizetype done = 0;
+    const auto readOn = [&](qsizetype size) {
+        if (file.read(block.data() + done, size) != size)
+            fail(u"没有读完：%1"_s.arg(file.errorString()));
+        done += size;
+        return QByteArrayView(block).sliced(done - size, size);
+    };
+    while (present - done > kPieceSize)
+        checksum.Add(readOn(kPieceSize));
+    if (qFromLittleEndian<quint64>(head.data() + kChecksumAt) !=
+        checksum.Finish(readOn(present - done)))
         fail(u"校验和不符，文件已损坏"_s);
     return block;
 }

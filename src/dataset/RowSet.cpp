@@ -26,7 +26,10 @@ struct RowSet::Data
 namespace {
 
 // Rows whose offsets and bytes are checked together, while both are still in the cache.
-constexpr qsizetype kChunkRows = 1024;
+constexpr qsizetype kChunkRows = 512;
+
+// Bytes within a character of several are 0x80 to 0xBF: as signed numbers, the ones below this.
+constexpr qint8 kFirstLeadByte = -0x40;
 
 /// Reads the structure of one row block; what the columns hold is checked afterwards.
 class BlockReader
@@ -194,30 +197,32 @@ private:
         columnViews_.push_back(column);
     }
 
-    // Order of the checks: offsets first, so that the bytes they delimit may be touched.
+    // Order of the checks: offsets first, so that the bytes they delimit may be touched. A load
+    // takes little more than the reading of the memory, so what is done per cell counts: both loops
+    // over the offsets are branchless, and most chunks, being ASCII, need only the first.
     void CheckChunk(const RowColumn &column, qsizetype first, qsizetype end, const QString &name)
     {
-        bool backwards = false;
+        quint32 backwards = 0;
         for (qsizetype row = first; row < end; ++row)
-            backwards |= column.Offset(row + 1) < column.Offset(row);
+            backwards |= quint32(column.Offset(row + 1) < column.Offset(row));
         if (backwards || column.Offset(end) > quint64(column.bytes.size())) [[unlikely]]
             FailOffsets(column, first, end, name);
 
-        const quint32 begin = column.Offset(first);
-        const QByteArrayView bytes = column.bytes.sliced(begin, column.Offset(end) - begin);
-        bool broken = !IsUtf8(bytes);
-        if (!bytes.isEmpty()) {
-            // The chunk is valid as a whole; each cell is valid on its own if none starts inside
-            // a character. An empty cell at the very end looks at the chunk's first byte instead.
-            const char *text = bytes.data();
-            const auto size = quint32(bytes.size());
-            int inside = 0;
-            for (qsizetype row = first; row < end; ++row) {
-                const quint32 at = column.Offset(row) - begin;
-                inside |= (uchar(text[at < size ? at : 0]) & 0xC0) == 0x80;
-            }
-            broken |= inside != 0;
-        }
+        const quint32 textEnd = column.Offset(end);
+        const QByteArrayView text = column.bytes.first(textEnd).sliced(column.Offset(first));
+        if (IsAscii(text))
+            return;
+        bool broken = !IsUtf8(text);
+        // The chunk is valid as a whole; each cell is valid on its own if none starts inside a
+        // character. Empty cells at the chunk's end have no byte to look at.
+        const char *const bytes = column.bytes.data();
+        qsizetype filled = end;
+        while (column.Offset(filled - 1) == textEnd)
+            --filled;
+        quint32 inside = 0;
+        for (qsizetype row = first; row < filled; ++row)
+            inside |= quint32(qint8(bytes[column.Offset(row)]) < kFirstLeadByte);
+        broken |= inside != 0;
         if (broken) [[unlikely]]
             FailText(column, first, end, name);
     }

@@ -70,6 +70,31 @@ private slots:
         QCOMPARE(Checksum("abc"), 0x44BC2CF5AD770999ULL);
         QCOMPARE(Checksum("Nobody inspects the spammish repetition"), 0xFBCEA83C8A378BF1ULL);
     }
+    void ChecksumOfPiecesIsThatOfTheWhole()
+    {
+        QByteArray bytes;
+        for (int i = 0; i < 1000; ++i)
+            bytes.append(char(i * 37));
+        for (const qsizetype size : {0, 1, 31, 32, 33, 64, 95, 96, 1000}) {
+            const QByteArrayView whole = QByteArrayView(bytes).first(size);
+            for (qsizetype cut = 0; cut <= size; cut += RunningChecksum::Unit) {
+                RunningChecksum checksum;
+                checksum.Add(whole.first(cut));
+                QCOMPARE(checksum.Finish(whole.sliced(cut)), Checksum(whole));
+            }
+        }
+    }
+    void BlocksOfManyPiecesComeBack()
+    {
+        RowSetBuilder builder({{u"NAME"_s, FieldType::Text, 0}});
+        for (int i = 0; i < 20'000; ++i) { // about 600 KB
+            builder.AddCell(QByteArray::number(i).repeated(5));
+            builder.EndRow();
+        }
+        const QByteArray block = builder.Finish();
+        DataFile::Write(Path(), block);
+        QCOMPARE(DataFile::Read(Path()), block);
+    }
     void RowsAndFieldsComeBack()
     {
         sample_.SetRecNo(1);

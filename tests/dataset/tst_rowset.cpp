@@ -253,7 +253,7 @@ private slots:
     void CharactersCutAtChunkBoundariesAreRefused_data()
     {
         QTest::addColumn<int>("row"); // whose end lies inside a character
-        for (const int row : {0, 1022, 1023, 1024, 2046, 2047, 2048, 2998})
+        for (const int row : {0, 510, 511, 512, 1022, 1023, 1024, 2046, 2047, 2048, 2998})
             QTest::newRow(qPrintable(QString::number(row))) << row;
     }
     void CharactersCutAtChunkBoundariesAreRefused()
@@ -268,6 +268,16 @@ private slots:
         }
         const QString error = ErrorOf(builder.Finish());
         QVERIFY2(error.contains(u"第 %1 行不是 UTF-8"_s.arg(row + 1)), qPrintable(error));
+    }
+    void LoneWrongByteInAsciiIsFoundEverywhere()
+    {
+        const QByteArray ascii(300, 'a');
+        for (qsizetype at = 0; at < ascii.size(); ++at) {
+            Parts parts{Offsets({0, 1, quint32(ascii.size())}), ascii};
+            parts.bytes[at] = '\x80';
+            const QString error = ErrorOf(Write(parts));
+            QVERIFY2(error.contains(u"不是 UTF-8"), qPrintable(error));
+        }
     }
     void EmptyCellsAreSoundEverywhere()
     {
