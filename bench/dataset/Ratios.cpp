@@ -8,7 +8,7 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
 {
     for (const Run &run : runs) {
         if (run.aggregate_name == "median")
-            medians_[run.run_name.function_name] = run.GetAdjustedRealTime();
+            medians_[run.run_name.function_name] = run.GetAdjustedCPUTime();
     }
     ConsoleReporter::ReportRuns(runs);
 }

@@ -7,7 +7,7 @@
 
 namespace Qel::Bench {
 
-/// A bound on the ratio of two measured medians.
+/// A bound on the ratio of two measured medians of processor time.
 struct Goal
 {
     const char *what;
@@ -17,7 +17,8 @@ struct Goal
     bool peerAtLeast; ///< true: peer / project >= bound; false: project / peer <= bound
 };
 
-/// Prints what the console reporter prints, keeps the medians and ends with one line a goal.
+/// Prints what the console reporter prints, keeps the medians of the processor time (what else the
+/// machine does is not counted) and ends with one line a goal.
 class RatioReporter : public benchmark::ConsoleReporter
 {
 public:
