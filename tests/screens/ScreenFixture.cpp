@@ -67,6 +67,14 @@ QString RowText(const Wire::NamedValues &row)
     return pairs.join(u'|');
 }
 
+QStringList RowTexts(const QList<Wire::NamedValues> &rows)
+{
+    QStringList texts;
+    for (const Wire::NamedValues &row : rows)
+        texts << RowText(row);
+    return texts;
+}
+
 QString BoxText(const TMessageBox &box)
 {
     return QStringList{Name(box.icon), box.caption, box.text, Name(box.defaultButton)}.join(u'|');

@@ -17,6 +17,7 @@ QString Expected(const QString &name);
 
 /// "UNION_ID=11|LAST_USER=王敏": a posted row as those files write it.
 QString RowText(const Wire::NamedValues &row);
+QStringList RowTexts(const QList<Wire::NamedValues> &rows);
 
 /// "Warning|警告|text|Ok": icon, caption, text and default button of a box.
 QString BoxText(const TMessageBox &box);

@@ -44,13 +44,8 @@ public:
     TModalResult Show(const std::function<void()> &visit)
     {
         TfrmUniMemberType form(nullptr, u"10"_s);
-        ModalVisitor visitor([&](QWidget *dialog) {
-            form_ = dialog;
-            visit();
-            if (dialog->isVisible())
-                Press(u"BtnClose"_s);
-        });
-        return form.ShowModal();
+        form_ = &form;
+        return ShowModally(form, [&visit](QWidget *) { visit(); });
     }
 
     QWidget &Form() { return *form_; }
@@ -81,13 +76,7 @@ public:
         Press(u"btnAdd"_s);
         Type(Editor(), name);
     }
-    QStringList PostedRows()
-    {
-        QStringList rows;
-        for (const Wire::NamedValues &row : server.LastPost().rows)
-            rows << RowText(row);
-        return rows;
-    }
+    QStringList PostedRows() { return RowTexts(server.LastPost().rows); }
     ScriptedServer::Script &OnSave()
     {
         return server.OnPost(u"com.business.admin.UniUnion"_s, u"insert_update_UniOrgType"_s);

@@ -63,13 +63,8 @@ public:
     TModalResult Show(const std::function<void()> &visit)
     {
         TFrmUniRuleConfigure form(nullptr, u"10"_s);
-        ModalVisitor visitor([&](QWidget *dialog) {
-            form_ = dialog;
-            visit();
-            if (dialog->isVisible())
-                Press(u"BtnClose"_s);
-        });
-        return form.ShowModal();
+        form_ = &form;
+        return ShowModally(form, [&visit](QWidget *) { visit(); });
     }
 
     QWidget &Form() { return *form_; }
@@ -91,13 +86,7 @@ public:
         });
         Org().PressButton(0);
     }
-    QStringList PostedRows(int post)
-    {
-        QStringList rows;
-        for (const Wire::NamedValues &row : server.Posts().value(post).rows)
-            rows << RowText(row);
-        return rows;
-    }
+    QStringList PostedRows(int post) { return RowTexts(server.Posts().value(post).rows); }
     ScriptedServer::Script &OnSave()
     {
         return server.OnPost(u"com.business.admin.RuleManager"_s, u"insertUpdateUnionRule"_s);

@@ -49,17 +49,12 @@ public:
         server.OnQuery(u"uni_org_type"_s).Answer(types);
     }
 
-    /// Shows the editor modally, runs `visit` in it and closes it if it is still open.
+    /// Shows the editor modally and runs `visit` in it.
     TModalResult Show(const std::function<void(QWidget *)> &visit,
                       const TMemberHandOver &handOver = Member())
     {
         TFrmUniUnionOrgEdit form(nullptr, handOver);
-        ModalVisitor visitor([&](QWidget *dialog) {
-            visit(dialog);
-            if (dialog->isVisible())
-                Click(dialog, u"BtnClose"_s);
-        });
-        return form.ShowModal();
+        return ShowModally(form, visit);
     }
 
     static ImageComboBox *Type(QWidget *dialog)

@@ -35,11 +35,7 @@ const TLoggedRecord Product{u"UNI_PRODUCT"_s, u"1'0"_s, u"9'1"_s};
 /// Shows a viewer as its caller does and lets `visit` act in front of it; closes what stays open.
 TModalResult Visit(TFrmBaseForm &form, const std::function<void()> &visit)
 {
-    const ModalVisitor visitor([&](QWidget *dialog) {
-        visit();
-        dialog->close();
-    });
-    return form.ShowModal();
+    return ShowModally(form, [&visit](QWidget *) { visit(); });
 }
 
 class OneKey : public ScreenFixture
