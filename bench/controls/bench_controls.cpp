@@ -1,9 +1,12 @@
 // The region tree and the first page of a grid, beside what Qt alone does with the same rows.
 
-#include "Ratios.h"
 #include "RegionSample.h"
 #include "controls/DataGrid.h"
 #include "controls/DataSetTreeModel.h"
+#include "support/Ratios.h"
+#include "support/Timing.h"
+
+#include <benchmark/benchmark.h>
 
 #include <QAbstractTableModel>
 #include <QApplication>
@@ -14,8 +17,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
-#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
@@ -159,14 +160,6 @@ void OpenRows(ClientDataSet &dataSet, int rows)
     dataSet.Open(RowSet::Load(builder.Finish()));
 }
 
-/// Processor time of the whole process: drawing may use helper threads.
-double Milliseconds(const std::function<void()> &work)
-{
-    const std::clock_t start = std::clock();
-    work();
-    return double(std::clock() - start) * 1e3 / CLOCKS_PER_SEC;
-}
-
 /// From the rows to the first picture of the view that shows them.
 void PaintBare(VectorModel &model)
 {
@@ -192,13 +185,6 @@ void PaintGrid(ClientDataSet &dataSet)
     benchmark::DoNotOptimize(grid.grab());
 }
 
-double MedianOf(std::vector<double> values)
-{
-    const auto middle = values.begin() + qsizetype(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 bool PrintRatio(const char *what, double own, double peer)
 {
     const double ratio = own / peer;
@@ -222,15 +208,14 @@ bool MeasureFirstPaint()
     PaintBare(vector); // fonts and style are loaded once
     PaintGrid(page);
     for (int round = 0; round < kPaintRounds; ++round) {
-        bareTimes.push_back(Milliseconds([&] { PaintBare(vector); }));
-        pageTimes.push_back(Milliseconds([&] { PaintGrid(page); }));
-        manyTimes.push_back(Milliseconds([&] { PaintGrid(many); }));
+        bareTimes.push_back(CpuMilliseconds([&] { PaintBare(vector); }));
+        pageTimes.push_back(CpuMilliseconds([&] { PaintGrid(page); }));
+        manyTimes.push_back(CpuMilliseconds([&] { PaintGrid(many); }));
     }
-    const double bare = MedianOf(bareTimes);
-    const double own = MedianOf(pageTimes);
+    const double bare = Median(bareTimes);
+    const double own = Median(pageTimes);
     const bool pageMet = PrintRatio("first paint, 1,000 rows, against a bare view", own, bare);
-    return PrintRatio("first paint, 100,000 rows against 1,000", MedianOf(manyTimes), own) &&
-           pageMet;
+    return PrintRatio("first paint, 100,000 rows against 1,000", Median(manyTimes), own) && pageMet;
 }
 
 constexpr Goal kGoals[] = {
@@ -250,20 +235,7 @@ int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
-    std::string defaults[] = {"--benchmark_repetitions=7", "--benchmark_min_time=0.05",
-                              "--benchmark_enable_random_interleaving=true",
-                              "--benchmark_report_aggregates_only=true"};
-    std::vector<char *> arguments{argv[0]};
-    for (std::string &flag : defaults)
-        arguments.push_back(flag.data());
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
-    int count = int(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
-        return 1;
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    const bool timesMet = reporter.PrintGoals(kGoals, std::size(kGoals));
+    const bool timesMet = MeasureGoals(argc, argv, kGoals);
     const bool paintMet = MeasureFirstPaint();
     return timesMet && paintMet ? 0 : 2;
 }

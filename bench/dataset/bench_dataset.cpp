@@ -1,8 +1,10 @@
-#include "Ratios.h"
 #include "Samples.h"
 
 #include "dataset/ClientDataSet.h"
 #include "dataset/ColumnReader.h"
+#include "support/Ratios.h"
+
+#include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
 #include <QFile>
@@ -300,25 +302,10 @@ QEL_BENCH(IndexDataSet);
 QEL_BENCH(IndexHash);
 QEL_BENCH(LoadCacheFile);
 
-// Medians of several repetitions, the benchmarks interleaved at random, so that a busy moment of
-// the machine falls on project and peer alike. Flags given on the command line come last and win.
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    std::string defaults[] = {"--benchmark_repetitions=7", "--benchmark_min_time=0.05",
-                              "--benchmark_enable_random_interleaving=true",
-                              "--benchmark_report_aggregates_only=true"};
-    std::vector<char *> arguments{argv[0]};
-    for (std::string &flag : defaults)
-        arguments.push_back(flag.data());
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
-    int count = int(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
-        return 1;
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    const bool timesMet = reporter.PrintGoals(kGoals, std::size(kGoals));
+    const bool timesMet = MeasureGoals(argc, argv, kGoals);
     const bool memoryMet = PrintMemory();
     return timesMet && memoryMet ? 0 : 2;
 }

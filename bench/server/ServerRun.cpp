@@ -2,8 +2,6 @@
 
 #include "store/Credentials.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace Qel::Bench {
@@ -44,12 +42,6 @@ ServerRun::~ServerRun()
 {
     process_.terminate();
     process_.waitForFinished();
-}
-
-double Median(std::vector<double> values)
-{
-    std::ranges::nth_element(values, values.begin() + qsizetype(values.size()) / 2);
-    return values[values.size() / 2];
 }
 
 } // namespace Qel::Bench

@@ -3,11 +3,8 @@
 #include "store/Connection.h"
 
 #include <QByteArray>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QString>
-
-#include <vector>
 
 /// What the measurements of the server share: a server process, an operator, and how a peer is
 /// held against it.
@@ -33,16 +30,5 @@ private:
     QProcess process_;
     quint16 port_ = 0;
 };
-
-double Median(std::vector<double> values);
-
-template <typename Function>
-double Microseconds(Function function)
-{
-    QElapsedTimer timer;
-    timer.start();
-    function();
-    return double(timer.nsecsElapsed()) / 1000.0;
-}
 
 } // namespace Qel::Bench
