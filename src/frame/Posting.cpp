@@ -1,8 +1,26 @@
 #include "frame/Posting.h"
 
 #include "frame/DataModule.h"
+#include "frame/LibrarySide.h"
+
+#include <utility>
 
 namespace Qel {
+
+using namespace Qt::StringLiterals;
+
+Wire::NamedValues WithLogUser(Wire::NamedValues row)
+{
+    row.append({u"LOG_USER_ID"_s, RunParam().UserId});
+    row.append({u"LOG_USER_NAME"_s, RunParam().UserName});
+    return row;
+}
+
+Wire::NamedValues WithLastAndLogUser(Wire::NamedValues row)
+{
+    row.append({u"LAST_USER"_s, RunParam().UserName});
+    return WithLogUser(std::move(row));
+}
 
 QString PostRow(const QString &manager, const QString &method, const Wire::NamedValues &values)
 {

@@ -6,6 +6,11 @@
 
 namespace Qel {
 
+/// A row with the operator at its end, as most methods ask for him: LOG_USER_ID, LOG_USER_NAME.
+Wire::NamedValues WithLogUser(Wire::NamedValues row);
+/// The same with LAST_USER, his name, before these.
+Wire::NamedValues WithLastAndLogUser(Wire::NamedValues row);
+
 /// Posts one row of named values, in their order, to a manager's method through the shared
 /// request list and returns the result code of its answer. What the server returned besides
 /// stands in the shared result list.

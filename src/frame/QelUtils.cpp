@@ -105,14 +105,14 @@ void LikeFilter(const QString &fieldList, const QString &value, QString &result)
     result = u'(' + pieces.join(u" or "_s) + u')';
 }
 
-QString AndLike(const QString &fieldList, const QString &value)
+QString AndLike(const QString &fieldList, const QString &value, QStringView joint)
 {
     const QString text = value.trimmed();
     if (text.isEmpty())
         return {};
     QString like;
     LikeFilter(fieldList, text, like);
-    return u" AND "_s + like;
+    return joint.toString() + like;
 }
 
 void SetAllFieldValue(ClientDataSet &dataSet, bool flag, const QString &fieldName,

@@ -35,8 +35,8 @@ QString DateRangeCondition(const QString &fieldName, const DateEdit &from, const
 /// typed by the user act as wildcards.
 void LikeFilter(const QString &fieldList, const QString &value, QString &result);
 
-/// " AND " and the LikeFilter of the trimmed value; empty if nothing is left of the value.
-QString AndLike(const QString &fieldList, const QString &value);
+/// `joint` and the LikeFilter of the trimmed value; empty if nothing is left of the value.
+QString AndLike(const QString &fieldList, const QString &value, QStringView joint = u" AND ");
 
 /// Sets one column of every row, if there are rows and such a column. The current row stays.
 void SetAllFieldValue(ClientDataSet &dataSet, bool flag, const QString &fieldName,

@@ -3,7 +3,6 @@
 #include "frame/DataModule.h"
 #include "frame/DataSetOperate.h"
 #include "frame/Guards.h"
-#include "frame/LibrarySide.h"
 #include "frame/MisCommon.h"
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
@@ -52,9 +51,7 @@ QList<Wire::NamedValues> UniMemberTypeRows(const ClientDataSet &types, const QSt
         }
         row.append({u"REMARK"_s, text(u"REMARK")});
         row.append({u"LAST_OPERATE"_s, text(u"LAST_OPERATE")});
-        row.append({u"LOG_USER_ID"_s, RunParam().UserId});
-        row.append({u"LOG_USER_NAME"_s, RunParam().UserName});
-        rows.append(row);
+        rows.append(WithLogUser(row));
     }
     return rows;
 }

@@ -3,7 +3,6 @@
 #include "frame/ActionBinding.h"
 #include "frame/DataModule.h"
 #include "frame/Guards.h"
-#include "frame/LibrarySide.h"
 #include "frame/MrgUpdateLog.h"
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
@@ -55,11 +54,8 @@ QList<Wire::NamedValues> PostedProducts(const ClientDataSet &products, const QLi
 {
     QList<Wire::NamedValues> rows;
     for (const int recNo : ticked)
-        rows.append({{u"UNION_ID"_s, unionId},
-                     {u"PRODUCT_ID"_s, products.TextAt(recNo, u"PRODUCT_ID")},
-                     {u"LAST_USER"_s, RunParam().UserName},
-                     {u"LOG_USER_ID"_s, RunParam().UserId},
-                     {u"LOG_USER_NAME"_s, RunParam().UserName}});
+        rows.append(WithLastAndLogUser(
+            {{u"UNION_ID"_s, unionId}, {u"PRODUCT_ID"_s, products.TextAt(recNo, u"PRODUCT_ID")}}));
     return rows;
 }
 

@@ -3,7 +3,6 @@
 #include "frame/ActionBinding.h"
 #include "frame/DataModule.h"
 #include "frame/Guards.h"
-#include "frame/LibrarySide.h"
 #include "frame/MisCommon.h"
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
@@ -189,10 +188,7 @@ void TFrmUniUnion::UniDeleteExecute()
         return;
     const DisableWhile running(ui_->UniDelete);
     const QString code = PostRow(u"com.business.admin.UniUnion"_s, u"delete_UniUnion"_s,
-                                 {{u"UNION_ID"_s, FocusedUnionId()},
-                                  {u"LAST_USER"_s, RunParam().UserName},
-                                  {u"LOG_USER_ID"_s, RunParam().UserId},
-                                  {u"LOG_USER_NAME"_s, RunParam().UserName}});
+                                 WithLastAndLogUser({{u"UNION_ID"_s, FocusedUnionId()}}));
     ShowResultMessage(code, DeleteUnionMessages);
     if (code == u"1")
         cdsUnion.Delete();
@@ -234,10 +230,8 @@ void TFrmUniUnion::OrgDeleteExecute()
         return;
     const DisableWhile running(ui_->OrgDelete);
     const QString code = PostRow(u"com.business.admin.UniUnionOrg"_s, u"delete_UniOrg"_s,
-                                 {{u"UNION_ID"_s, FocusedUnionId()},
-                                  {u"ORG_ID"_s, cdsOrg.FieldText(u"ORG_ID")},
-                                  {u"LOG_USER_ID"_s, RunParam().UserId},
-                                  {u"LOG_USER_NAME"_s, RunParam().UserName}});
+                                 WithLogUser({{u"UNION_ID"_s, FocusedUnionId()},
+                                              {u"ORG_ID"_s, cdsOrg.FieldText(u"ORG_ID")}}));
     ShowResultMessage(code, DeleteOrgMessages);
     if (code == u"1")
         cdsOrg.Delete();

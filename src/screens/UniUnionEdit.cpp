@@ -4,7 +4,6 @@
 #include "frame/DataSetOperate.h"
 #include "frame/DigitGuard.h"
 #include "frame/Guards.h"
-#include "frame/LibrarySide.h"
 #include "frame/MisCommon.h"
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
@@ -166,7 +165,7 @@ void TFrmUniUnionEdit::BtnSaveClick()
 
 Wire::NamedValues TFrmUniUnionEdit::PostedValues() const
 {
-    return {
+    return WithLastAndLogUser({
         {u"UNION_ID"_s, handOver_.unionId},
         {u"PARENT_ID"_s, handOver_.parentId},
         {u"UNION_CODE"_s, handOver_.parentCode.trimmed() + ui_->edUnion_CODE->text().trimmed()},
@@ -175,10 +174,7 @@ Wire::NamedValues TFrmUniUnionEdit::PostedValues() const
         {u"REGION_ID"_s, ui_->edRegionName->ChosenValue()},
         {u"MASTER_ORGID"_s, ui_->edMasterOrgName->ChosenValue()},
         {u"REMARK"_s, ui_->cxREMARK->toPlainText().trimmed()},
-        {u"LAST_USER"_s, RunParam().UserName},
-        {u"LOG_USER_ID"_s, RunParam().UserId},
-        {u"LOG_USER_NAME"_s, RunParam().UserName},
-    };
+    });
 }
 
 void TFrmUniUnionEdit::StoreInTable(const Wire::NamedValues &posted)

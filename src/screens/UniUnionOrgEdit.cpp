@@ -2,7 +2,6 @@
 
 #include "frame/DataModule.h"
 #include "frame/Guards.h"
-#include "frame/LibrarySide.h"
 #include "frame/MisCommon.h"
 #include "frame/Posting.h"
 #include "screens/MemberTypes.h"
@@ -90,12 +89,9 @@ void TFrmUniUnionOrgEdit::BtnSaveClick()
     const DisableWhile running(ui_->BtnSave);
     const QString code =
         PostRow(u"com.business.admin.UniUnionOrg"_s, u"insert_update_UniUnionOrg"_s,
-                {{u"UNION_ID"_s, handOver_.unionId},
-                 {u"ORG_ID"_s, handOver_.orgId},
-                 {u"ORG_TYPE_ID"_s, ui_->ed_orgtype->EditValue()},
-                 {u"LAST_USER"_s, RunParam().UserName},
-                 {u"LOG_USER_ID"_s, RunParam().UserId},
-                 {u"LOG_USER_NAME"_s, RunParam().UserName}});
+                WithLastAndLogUser({{u"UNION_ID"_s, handOver_.unionId},
+                                    {u"ORG_ID"_s, handOver_.orgId},
+                                    {u"ORG_TYPE_ID"_s, ui_->ed_orgtype->EditValue()}}));
     if (code != u"1")
         return InfoBox(u"保存失败！"_s, u"提示"_s);
     SetModalResult(TModalResult::Ok);

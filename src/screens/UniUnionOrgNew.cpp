@@ -2,7 +2,6 @@
 
 #include "frame/DataModule.h"
 #include "frame/Guards.h"
-#include "frame/LibrarySide.h"
 #include "frame/MisCommon.h"
 #include "frame/OrgTypes.h"
 #include "frame/Posting.h"
@@ -42,11 +41,8 @@ QString CandidatesSql(const TCandidateFilter &filter)
     sql += u" WHERE A.ENABLE_FLAG= '1'    AND B.ORG_ID IS NULL    AND A.ORG_ID=B.ORG_ID(+) "_s;
     if (inRegion)
         sql += u"   AND A.REGION_ID= C.REGION_ID  AND A.REGION_ID="_s + Quoted(filter.regionId);
-    if (const QString text = filter.text.trimmed(); !text.isEmpty()) {
-        QString like;
-        LikeFilter(u"A.ORG_CODE,A.ORG_NAME,A.ORG_ABBR,A.ORG_NAME_PY,A.ORG_NAME_WB "_s, text, like);
-        sql += u" and "_s + like;
-    }
+    sql += AndLike(u"A.ORG_CODE,A.ORG_NAME,A.ORG_ABBR,A.ORG_NAME_PY,A.ORG_NAME_WB "_s, filter.text,
+                   u" and ");
     if (filter.typeText.trimmed() != AllOrgTypes)
         sql += u" and A.ORG_TYPE= "_s + Quoted(filter.typeValue);
     return sql + u" ORDER BY A.ORG_NAME"_s;
@@ -150,11 +146,9 @@ void TFrmUniUnionOrgNew::BtnSaveClick()
             cdsQuery.SetRecNo(recNo); // this one the operator has to look at
             return InfoBox(u"请选择成员机构类型！"_s, u"提示"_s);
         }
-        rows.append({{u"UNION_ID"_s, unionId_},
-                     {u"ORG_ID"_s, cdsQuery.TextAt(recNo, u"ORG_ID")},
-                     {u"ORG_TYPE_ID"_s, type},
-                     {u"LOG_USER_ID"_s, RunParam().UserId},
-                     {u"LOG_USER_NAME"_s, RunParam().UserName}});
+        rows.append(WithLogUser({{u"UNION_ID"_s, unionId_},
+                                 {u"ORG_ID"_s, cdsQuery.TextAt(recNo, u"ORG_ID")},
+                                 {u"ORG_TYPE_ID"_s, type}}));
     }
     if (rows.isEmpty())
         return InfoBox(u"请选择机构！"_s, u"提示"_s);

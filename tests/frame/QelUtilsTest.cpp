@@ -164,6 +164,7 @@ private slots:
     {
         QCOMPARE(AndLike(u"a,b"_s, u" x "_s),
                  u" AND ((UPPER(a) like '%X%') or (UPPER(b) like '%X%'))"_s);
+        QCOMPARE(AndLike(u"a"_s, u"x"_s, u" and "), u" and ((UPPER(a) like '%X%'))"_s);
         QCOMPARE(AndLike(u"a,b"_s, u"  "_s), QString());
     }
 
