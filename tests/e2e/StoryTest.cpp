@@ -23,12 +23,6 @@ QAbstractItemModel &TreeModel(QWidget *screen)
     return *Child<QTreeView>(screen, u"TreeGrid"_s)->model();
 }
 
-/// The button inside a button edit.
-void PressInside(QWidget *dialog, const QString &edit)
-{
-    Child<QAbstractButton>(Child<QLineEdit>(dialog, edit), QString())->click();
-}
-
 } // namespace
 
 /// Search a group, open it, pick a region in the real region tree, save: the row is in the

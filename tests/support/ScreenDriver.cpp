@@ -1,9 +1,11 @@
 #include "support/ScreenDriver.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QEvent>
 #include <QInputMethodEvent>
 #include <QKeySequence>
+#include <QLineEdit>
 #include <QPointer>
 #include <QTest>
 #include <QTimer>
@@ -33,6 +35,11 @@ void DoubleClick(QWidget *widget)
 {
     QTest::mouseClick(widget, Qt::LeftButton);
     QTest::mouseDClick(widget, Qt::LeftButton);
+}
+
+void PressInside(const QObject *root, const QString &edit)
+{
+    Child<QAbstractButton>(Child<QLineEdit>(root, edit), QString())->click();
 }
 
 void Trigger(const QObject *root, const QString &action)
@@ -112,6 +119,9 @@ void ModalVisitor::VisitWhenReady(QPointer<QWidget> window)
         visited_ = true;
         if (window)
             visit_(window);
+        // A check that failed has left the visit early: do not wait for the time-out.
+        if (window && QTest::currentTestFailed())
+            window->close();
     });
 }
 

@@ -28,6 +28,8 @@ T *Child(const QObject *root, const QString &name)
 void Click(QWidget *widget); ///< left button, in the middle; the widget has to be enabled
 void Click(const QObject *root, const QString &name);
 void DoubleClick(QWidget *widget);
+/// Presses the button inside a button edit; returns when the dialog that it opens is closed.
+void PressInside(const QObject *root, const QString &edit);
 
 /// Triggers an action; one that is disabled ends the test, as nobody could do that.
 void Trigger(const QObject *root, const QString &action);
