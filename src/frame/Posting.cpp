@@ -22,6 +22,13 @@ Wire::NamedValues WithLastAndLogUser(Wire::NamedValues row)
     return WithLogUser(std::move(row));
 }
 
+Wire::NamedValues WithLastUser(Wire::NamedValues row)
+{
+    row.append({u"LAST_USER"_s, RunParam().UserName});
+    row.append({u"LAST_USER_ID"_s, RunParam().UserId});
+    return row;
+}
+
 QString PostRow(const QString &manager, const QString &method, const Wire::NamedValues &values)
 {
     return PostRows(manager, method, {values});

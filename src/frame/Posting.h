@@ -10,6 +10,8 @@ namespace Qel {
 Wire::NamedValues WithLogUser(Wire::NamedValues row);
 /// The same with LAST_USER, his name, before these.
 Wire::NamedValues WithLastAndLogUser(Wire::NamedValues row);
+/// A row with the operator as other methods ask for him: LAST_USER (the name), LAST_USER_ID.
+Wire::NamedValues WithLastUser(Wire::NamedValues row);
 
 /// Posts one row of named values, in their order, to a manager's method through the shared
 /// request list and returns the result code of its answer. What the server returned besides

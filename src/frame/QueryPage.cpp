@@ -1,5 +1,6 @@
 #include "frame/QueryPage.h"
 
+#include "controls/DataTree.h"
 #include "dataset/ClientDataSet.h"
 #include "frame/DataModule.h"
 #include "remote/PageGuide.h"
@@ -32,6 +33,16 @@ void FocusIfPossible(QWidget *widget)
 void FocusAfterQuery(bool found, QWidget *list, QWidget *filter)
 {
     FocusIfPossible(found ? list : filter);
+}
+
+void FocusTreeAfterQuery(DataTree &tree, QWidget *filter)
+{
+    const bool found = tree.TopLevelCount() > 0;
+    if (found) {
+        tree.ExpandFocused();
+        tree.FocusFirstNode();
+    }
+    FocusAfterQuery(found, &tree, filter);
 }
 
 } // namespace Qel

@@ -7,6 +7,7 @@ class QWidget;
 namespace Qel {
 
 class ClientDataSet;
+class DataTree;
 class TPageGuide;
 enum class TQueryType;
 
@@ -22,5 +23,9 @@ void FocusIfPossible(QWidget *widget);
 
 /// The same for `list` after a query that found rows, else for `filter`.
 void FocusAfterQuery(bool found, QWidget *list, QWidget *filter);
+
+/// After a query that filled a tree: the focused node is expanded (not its children), the first
+/// node focused, and the keyboard focus goes into the tree; without nodes into `filter`.
+void FocusTreeAfterQuery(DataTree &tree, QWidget *filter);
 
 } // namespace Qel

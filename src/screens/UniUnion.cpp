@@ -15,6 +15,7 @@
 #include "screens/UniUnionEdit.h"
 #include "screens/UniUnionOrgEdit.h"
 #include "screens/UniUnionOrgNew.h"
+#include "screens/Unions.h"
 #include "ui_UniUnion.h"
 
 namespace Qel {
@@ -38,15 +39,6 @@ constexpr ResultMessage DeleteOrgMessages[]{
 };
 
 } // namespace
-
-QString UniUnionSql::Groups(const QString &filter)
-{
-    return u" SELECT A.*,    B.FULL_NAME AS REGION_NAME,    C.ORG_NAME AS MASTER_ORGNAME "
-           " FROM UNI_UNION A,       BAS_REGION B,       BAS_ORG C "
-           " WHERE A.REGION_ID=B.REGION_ID(+)    AND A.MASTER_ORGID=C.ORG_ID(+) "
-           "   AND A.LAST_OPERATE <> 'D' "_s +
-           AndLike(u"A.UNION_CODE, A.UNION_NAME, "_s, filter) + u"ORDER BY A.Union_CODE"_s;
-}
 
 QString UniUnionSql::Members(const QString &unionId)
 {
@@ -104,15 +96,11 @@ void TFrmUniUnion::ActionQueryExecute()
         const DisableWhile running(ui_->ActionQuery);
         const DataTree::FocusSignalBlocker detached(*ui_->TreeGrid);
         cdsOrg.Close();
-        QueryAll(UniUnionSql::Groups(ui_->edInfo->text()), cdsUnion, TQueryType::Detail);
+        QueryAll(UnionsSql(ui_->edInfo->text()), cdsUnion, TQueryType::Detail);
         LoadMembers(FocusedUnionId());
         focusChange_.Cancel();
     }
-    if (!cdsUnion.IsEmpty()) {
-        ui_->TreeGrid->ExpandFocused();
-        ui_->TreeGrid->FocusFirstNode();
-    }
-    FocusAfterQuery(!cdsUnion.IsEmpty(), ui_->TreeGrid, ui_->edInfo);
+    FocusTreeAfterQuery(*ui_->TreeGrid, ui_->edInfo);
 }
 
 void TFrmUniUnion::LoadMembers(const QString &unionId)

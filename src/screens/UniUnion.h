@@ -12,9 +12,8 @@ namespace Ui {
 class TFrmUniUnion;
 }
 
-/// The statements of the group screen; values are quoted here, filters may be empty.
+/// The statement of the member list; the id is quoted here. The groups: screens/Unions.h.
 namespace UniUnionSql {
-QString Groups(const QString &filter);
 QString Members(const QString &unionId);
 } // namespace UniUnionSql
 

@@ -6,6 +6,7 @@
 #include "screens/UniMemberType.h"
 #include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
+#include "screens/Unions.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -91,8 +92,8 @@ class UniUnionTest : public QObject
 private slots:
     void StatementsAreExact()
     {
-        QCOMPARE(UniUnionSql::Groups(u"  "_s), Expected(u"groups.all"_s));
-        QCOMPARE(UniUnionSql::Groups(u" ab'c "_s), Expected(u"groups.filtered"_s));
+        QCOMPARE(UnionsSql(u"  "_s), Expected(u"groups.all"_s));
+        QCOMPARE(UnionsSql(u" ab'c "_s), Expected(u"groups.filtered"_s));
         QCOMPARE(UniUnionSql::Members(u"10'1"_s), Expected(u"members"_s));
     }
 
@@ -184,7 +185,7 @@ private slots:
         Type(&screen.form, u"edInfo"_s, u" 华 "_s);
         Press(&screen.form, u"edInfo"_s, Qt::Key_Return);
         QCOMPARE(screen.server.Statements(),
-                 QStringList({UniUnionSql::Groups(u"华"_s), UniUnionSql::Members(u"10"_s)}));
+                 QStringList({UnionsSql(u"华"_s), UniUnionSql::Members(u"10"_s)}));
         for (const auto &query : screen.server.Queries()) {
             QCOMPARE(query.page, 0);
             QCOMPARE(query.pageSize, 0);
