@@ -45,6 +45,9 @@ constexpr Dialog Dialogs[]{
      {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
     {u"ADMIN01-new-members", u"ADMIN01", {u"OrgNew", u"+BtnQuery"}},
     {u"ADMIN01-modify-member", u"ADMIN01", {u"OrgModify"}},
+    {u"ADMIN04-orders", u"ADMIN04", {u"+ActionBuyerOrderQuery"}},
+    {u"ADMIN04-returns", u"ADMIN04", {u"+cxTabSheet2", u"+ActionBuyerReturnQuery"}},
+    {u"ADMIN04-receipts", u"ADMIN04", {u"+cxTabSheet3", u"+ActionBuyerReceiveQuery"}},
 };
 
 } // namespace

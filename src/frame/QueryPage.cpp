@@ -24,6 +24,12 @@ void QueryPage(const QString &sql, ClientDataSet &target, TPageGuide &pages)
                                                           target, TQueryType::List));
 }
 
+void DeleteFromPage(ClientDataSet &target, TPageGuide &pages)
+{
+    target.Delete();
+    pages.SetRecordCount(pages.RecordCount() - 1);
+}
+
 void FocusIfPossible(QWidget *widget)
 {
     if (widget->isVisible() && widget->isEnabled())

@@ -18,6 +18,9 @@ void QueryAll(const QString &sql, ClientDataSet &target, TQueryType type);
 /// the bar.
 void QueryPage(const QString &sql, ClientDataSet &target, TPageGuide &pages);
 
+/// Takes the current row out of a page, and out of the bar's total, without a new query.
+void DeleteFromPage(ClientDataSet &target, TPageGuide &pages);
+
 /// Puts the focus into a control, unless that cannot take it now (hidden, disabled).
 void FocusIfPossible(QWidget *widget);
 

@@ -76,10 +76,8 @@ bool TakeOutMoved(const ProductMove &move, const QString &unionId, ClientDataSet
     for (int row = 0; row < PostedCount(); ++row) {
         const QString code = PostedCode(row);
         if (code == u"1") {
-            if (LocateProduct(products, unionId, PostedValue(u"PRODUCT_ID", row))) {
-                products.Delete();
-                pages.SetRecordCount(pages.RecordCount() - 1);
-            }
+            if (LocateProduct(products, unionId, PostedValue(u"PRODUCT_ID", row)))
+                DeleteFromPage(products, pages);
             continue;
         }
         still.reset(); // behind the message the list shows how far the walk is
