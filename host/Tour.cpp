@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QLineEdit>
 #include <QTabWidget>
 #include <QThread>
 
@@ -22,7 +23,8 @@ constexpr int QuietTicks = 6; // how long nothing must have happened
 constexpr int PatienceTicks = 600;
 
 /// A dialog and how to come to it: from a screen, over actions and controls by object name. Each
-/// opens a dialog, but one behind "+": that is a query or a page to turn to.
+/// opens a dialog, but one behind "+": that is a query or a page to turn to; and one behind "-" is
+/// an edit to be emptied.
 struct Dialog
 {
     const char16_t *file;
@@ -45,9 +47,13 @@ constexpr Dialog Dialogs[]{
      {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
     {u"ADMIN01-new-members", u"ADMIN01", {u"OrgNew", u"+BtnQuery"}},
     {u"ADMIN01-modify-member", u"ADMIN01", {u"OrgModify"}},
-    {u"ADMIN04-orders", u"ADMIN04", {u"+ActionBuyerOrderQuery"}},
-    {u"ADMIN04-returns", u"ADMIN04", {u"+cxTabSheet2", u"+ActionBuyerReturnQuery"}},
-    {u"ADMIN04-receipts", u"ADMIN04", {u"+cxTabSheet3", u"+ActionBuyerReceiveQuery"}},
+    {u"ADMIN04-orders", u"ADMIN04", {u"-edBuyerOrderStart", u"+ActionBuyerOrderQuery"}},
+    {u"ADMIN04-returns",
+     u"ADMIN04",
+     {u"+cxTabSheet2", u"-dtReceiveDateFrom1", u"+ActionBuyerReturnQuery"}},
+    {u"ADMIN04-receipts",
+     u"ADMIN04",
+     {u"+cxTabSheet3", u"-dtReceiveDateFrom", u"+ActionBuyerReceiveQuery"}},
 };
 
 } // namespace
@@ -82,6 +88,8 @@ void Tour::Plan()
             for (const char16_t *name : dialog.way) {
                 if (name && *name == u'+')
                     steps_.push_back({Kind::Press, QString::fromUtf16(name + 1)});
+                else if (name && *name == u'-')
+                    steps_.push_back({Kind::Empty, QString::fromUtf16(name + 1)});
                 else if (name && ++opened)
                     steps_.push_back({Kind::Dialog, QString::fromUtf16(name)});
             }
@@ -136,6 +144,9 @@ void Tour::Run(const Step &step)
     case Kind::Press:
         Press(step.name, false);
         break;
+    case Kind::Empty:
+        Empty(step.name);
+        break;
     case Kind::Dialog:
         ++dialogs_;
         Press(step.name, true);
@@ -167,6 +178,14 @@ void Tour::Press(const QString &name, bool required)
     if (button)
         button->click();
     else if (required)
+        Finish(u"找不到 %1"_s.arg(name));
+}
+
+void Tour::Empty(const QString &name)
+{
+    if (auto *edit = Front()->findChild<QLineEdit *>(name))
+        edit->clear();
+    else
         Finish(u"找不到 %1"_s.arg(name));
 }
 

@@ -32,6 +32,7 @@ private:
     enum class Kind {
         Open,   ///< a screen by its code
         Press,  ///< an action or button that leads to nothing modal, if it is there
+        Empty,  ///< an edit
         Dialog, ///< an action or control that opens a dialog
         Grab,   ///< a picture of what is in front
         Leave,  ///< the dialog in front
@@ -49,6 +50,7 @@ private:
     void Run(const Step &step);
     QWidget *Front() const;
     void Press(const QString &name, bool required);
+    void Empty(const QString &name);
     void Grab(const QString &file);
     void Finish(const QString &problem);
 
