@@ -47,6 +47,7 @@ constexpr Dialog Dialogs[]{
      {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
     {u"ADMIN01-new-members", u"ADMIN01", {u"OrgNew", u"+BtnQuery"}},
     {u"ADMIN01-modify-member", u"ADMIN01", {u"OrgModify"}},
+    {u"ADMIN03-move-in", u"ADMIN03", {u"ActionNew", u"+btnQuery"}},
     {u"ADMIN04-orders", u"ADMIN04", {u"-edBuyerOrderStart", u"+ActionBuyerOrderQuery"}},
     {u"ADMIN04-returns",
      u"ADMIN04",

@@ -37,6 +37,16 @@ QHash<QString, QString> ReadExpected()
     return texts;
 }
 
+template <typename View>
+QStringList Columns(const View &view, const QStringList &lines)
+{
+    QStringList columns;
+    for (const GridColumn &column : ParseGridColumns(lines))
+        columns << column.field + u' ' + column.caption +
+                       (view.IsColumnVisible(column.field) ? u""_s : u" hidden"_s);
+    return columns;
+}
+
 QString Name(TBoxIcon icon)
 {
     constexpr const char *Names[]{"Information", "Warning", "Error", "Question"};
@@ -112,6 +122,27 @@ void ShowScreen(QWidget &screen)
     screen.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&screen));
     QCoreApplication::processEvents();
+}
+
+QString FocusName(const QWidget &form)
+{
+    return form.focusWidget() ? form.focusWidget()->objectName() : QString();
+}
+
+void ClickCell(DataGrid &grid, int row, QStringView field)
+{
+    const QModelIndex cell = grid.model()->index(row, grid.ColumnIndex(field));
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
+}
+
+QStringList ColumnsOf(const DataGrid &grid)
+{
+    return Columns(grid, grid.Columns());
+}
+
+QStringList ColumnsOf(const DataTree &tree)
+{
+    return Columns(tree, tree.Columns());
 }
 
 TModalResult ShowModally(TFrmBaseForm &form, const std::function<void(QWidget *dialog)> &visit)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/DataGrid.h"
+#include "controls/DataTree.h"
 #include "frame/BaseForm.h"
 #include "frame/MisCommon.h"
 #include "support/ScreenDriver.h"
@@ -42,6 +44,16 @@ private:
 
 /// Shows a screen as the host does and waits until its FormShow has run.
 void ShowScreen(QWidget &screen);
+
+/// The object name of the control that has the form's focus; empty if none has.
+QString FocusName(const QWidget &form);
+
+/// A click into the middle of a cell: in the tick column it ticks.
+void ClickCell(DataGrid &grid, int row, QStringView field);
+
+/// "UNION_CODE 编码": the columns in their order, hidden ones marked "UNION_CODE 编码 hidden".
+QStringList ColumnsOf(const DataGrid &grid);
+QStringList ColumnsOf(const DataTree &tree);
 
 /// Shows a form as a dialog and runs `visit` in it. What `visit` leaves open is closed: Cancel.
 TModalResult ShowModally(TFrmBaseForm &form, const std::function<void(QWidget *dialog)> &visit);

@@ -14,15 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList ColumnsOf(const DataGrid &grid)
-{
-    QStringList columns;
-    for (const GridColumn &column : grid.Model()->Columns())
-        columns << column.field + u' ' + column.caption +
-                       (grid.IsColumnVisible(column.field) ? u""_s : u" hidden"_s);
-    return columns;
-}
-
 /// The keys that reach a widget.
 class KeySpy : public QObject
 {

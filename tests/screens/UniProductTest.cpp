@@ -100,10 +100,8 @@ public:
 /// Ticks rows as a user does: by a click into the tick column.
 void Tick(DataGrid &grid, const QList<int> &rows)
 {
-    for (const int row : rows) {
-        const QModelIndex cell = grid.model()->index(row, grid.ColumnIndex(u"SELECTED"));
-        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
-    }
+    for (const int row : rows)
+        ClickCell(grid, row, u"SELECTED");
 }
 
 QStringList ShownProducts(const DataGrid &grid)
@@ -117,15 +115,6 @@ QStringList ShownProducts(const DataGrid &grid)
 QString CurrentProduct(const DataGrid &grid)
 {
     return grid.DataSet()->FieldText(u"PRODUCT_ID");
-}
-
-QStringList ColumnsOf(const DataGrid &grid)
-{
-    QStringList columns;
-    for (const GridColumn &column : grid.Model()->Columns())
-        columns << column.field + u' ' + column.caption +
-                       (grid.IsColumnVisible(column.field) ? u""_s : u" hidden"_s);
-    return columns;
 }
 
 const QString NoneOut = u"Information|提示|请选择要移出的产品！|Ok"_s;

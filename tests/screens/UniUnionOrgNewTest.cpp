@@ -69,20 +69,12 @@ public:
     QCheckBox &SelectAllBox() { return *Child<QCheckBox>(&form, u"cbSelectAll"_s); }
     bool SaveEnabled() { return Child<QPushButton>(&form, u"BtnSave"_s)->isEnabled(); }
     QString RecordCount() { return Child<QLabel>(&form, u"lbRecordCount"_s)->text(); }
-    QString FocusName()
-    {
-        return form.focusWidget() ? form.focusWidget()->objectName() : QString();
-    }
 
     QModelIndex Cell(int row, QStringView field)
     {
         return Grid().model()->index(row, Grid().ColumnIndex(field));
     }
-    void ClickCell(int row, QStringView field)
-    {
-        QTest::mouseClick(Grid().viewport(), Qt::LeftButton, {},
-                          Grid().visualRect(Cell(row, field)).center());
-    }
+    void ClickCell(int row, QStringView field) { Test::ClickCell(Grid(), row, field); }
     /// The list of a type cell, open; the test fails if it is not.
     QAbstractItemView *TypeList()
     {
@@ -248,7 +240,7 @@ private slots:
         QCOMPARE(batch.server.LastQuery().queryType, 2);
         QCOMPARE(batch.Pages().RecordCount(), 120);
         QCOMPARE(batch.RecordCount(), u"共有120条记录。"_s);
-        QCOMPARE(batch.FocusName(), u"GridQuery"_s);
+        QCOMPARE(FocusName(batch.form), u"GridQuery"_s);
         QVERIFY(batch.SaveEnabled());
     }
 
@@ -260,7 +252,7 @@ private slots:
         batch.server.OnAnyQuery().Answer(Rows({u"SELECTED"_s, u"ORG_ID"_s}, {}));
         batch.Query();
         QVERIFY(!batch.SaveEnabled());
-        QCOMPARE(batch.FocusName(), u"edOrg"_s);
+        QCOMPARE(FocusName(batch.form), u"edOrg"_s);
         QCOMPARE(batch.RecordCount(), u"共有0条记录。"_s);
     }
 

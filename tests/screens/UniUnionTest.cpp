@@ -65,10 +65,6 @@ public:
     DataTree &Tree() { return *Child<DataTree>(&form, u"TreeGrid"_s); }
     DataGrid &Grid() { return *Child<DataGrid>(&form, u"GridOrg"_s); }
     bool Enabled(const QString &action) { return ActionEnabled(&form, action); }
-    QString FocusName()
-    {
-        return form.focusWidget() ? form.focusWidget()->objectName() : QString();
-    }
     /// Focuses a group and waits until its members are there.
     void Focus(const QString &unionId)
     {
@@ -170,7 +166,7 @@ private slots:
     void ShowFocusesTheFilterAndQueriesNothing()
     {
         Screen screen;
-        QCOMPARE(screen.FocusName(), u"edInfo"_s);
+        QCOMPARE(FocusName(screen.form), u"edInfo"_s);
         QVERIFY(screen.server.Queries().isEmpty());
         for (const QString &action :
              GroupActions + QStringList{u"UniDelete"_s, u"OrgModify"_s, u"OrgDelete"_s})
@@ -193,7 +189,7 @@ private slots:
         }
         QCOMPARE(screen.Tree().FocusedNode(), 0);
         QVERIFY(screen.Tree().IsExpanded(0));
-        QCOMPARE(screen.FocusName(), u"TreeGrid"_s);
+        QCOMPARE(FocusName(screen.form), u"TreeGrid"_s);
         QCOMPARE(screen.Grid().Model()->rowCount(), 2);
         for (const QString &action : GroupActions + QStringList{u"OrgModify"_s, u"OrgDelete"_s})
             QVERIFY2(screen.Enabled(action), qPrintable(action));
@@ -212,7 +208,7 @@ private slots:
         for (const QString &action :
              GroupActions + QStringList{u"UniDelete"_s, u"OrgModify"_s, u"OrgDelete"_s})
             QVERIFY2(!screen.Enabled(action), qPrintable(action));
-        QCOMPARE(screen.FocusName(), u"edInfo"_s);
+        QCOMPARE(FocusName(screen.form), u"edInfo"_s);
     }
 
     void FocusedGroupsMembersAreLoaded()

@@ -10,6 +10,7 @@
 #include "screens/UniUnionEdit.h"
 #include "screens/UniUnionOrgEdit.h"
 #include "screens/UniUnionOrgNew.h"
+#include "screens/UniUserAdd.h"
 
 namespace Qel::Test {
 
@@ -68,6 +69,11 @@ TFrmBaseForm *MakeUniUnionOrgEdit(WalkStage &)
                                              .remark = u"只采购"_s});
 }
 
+TFrmBaseForm *MakeUniUserAdd(WalkStage &stage)
+{
+    return new TFrmUniUserAdd(nullptr, stage.table);
+}
+
 constexpr WalkedDialog Dialogs[]{
     {"TFrmMrgUpdateLog", MakeMrgUpdateLog},
     {"TFrmOrgSelect", Make<TFrmOrgSelect>},
@@ -77,6 +83,7 @@ constexpr WalkedDialog Dialogs[]{
     {"TFrmUniUnionEdit", MakeUniUnionEdit},
     {"TFrmUniUnionOrgEdit", MakeUniUnionOrgEdit},
     {"TFrmUniUnionOrgNew", MakeForUnion<TFrmUniUnionOrgNew>},
+    {"TFrmUniUserAdd", MakeUniUserAdd},
     {"TFrmUpdateLog", MakeUpdateLog},
     {"TfrmUniMemberType", MakeForUnion<TfrmUniMemberType>},
 };
