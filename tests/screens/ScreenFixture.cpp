@@ -145,6 +145,22 @@ QStringList ColumnsOf(const DataTree &tree)
     return Columns(tree, tree.Columns());
 }
 
+QStringList CellTexts(const ClientDataSet &rows, QStringView field)
+{
+    QStringList texts;
+    for (int recNo = 0; recNo < rows.RecordCount(); ++recNo)
+        texts << rows.TextAt(recNo, field);
+    return texts;
+}
+
+QList<Wire::ResultRow> ResultRows(const QString &key, const QStringList &rows)
+{
+    QList<Wire::ResultRow> results;
+    for (const QString &row : rows)
+        results << Wire::ResultRow{row.section(u' ', 0, 0), {{key, row.section(u' ', 1)}}};
+    return results;
+}
+
 TModalResult ShowModally(TFrmBaseForm &form, const std::function<void(QWidget *dialog)> &visit)
 {
     ModalVisitor visitor([&visit](QWidget *dialog) {

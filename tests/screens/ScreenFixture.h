@@ -55,6 +55,13 @@ void ClickCell(DataGrid &grid, int row, QStringView field);
 QStringList ColumnsOf(const DataGrid &grid);
 QStringList ColumnsOf(const DataTree &tree);
 
+/// A field of every row, in their order.
+QStringList CellTexts(const ClientDataSet &rows, QStringView field);
+
+/// "1 701", "0 702": the answer to a post row by row, each a code and the value of `key` that says
+/// which row it is about.
+QList<Wire::ResultRow> ResultRows(const QString &key, const QStringList &rows);
+
 /// Shows a form as a dialog and runs `visit` in it. What `visit` leaves open is closed: Cancel.
 TModalResult ShowModally(TFrmBaseForm &form, const std::function<void(QWidget *dialog)> &visit);
 

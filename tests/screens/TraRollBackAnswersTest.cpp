@@ -8,14 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList Column(const DataGrid &grid, QStringView field)
-{
-    QStringList cells;
-    for (int row = 0; row < grid.DataSet()->RecordCount(); ++row)
-        cells << grid.DataSet()->TextAt(row, field);
-    return cells;
-}
-
 const QString AskOrder = u"Question|提示|确定将订单“DD-002”整单回退吗？|Yes"_s;
 const QString AskItem = u"Question|提示|确定将当前订单明细记录回退吗？|Yes"_s;
 const QString AskReturn = u"Question|提示|确定将当前退货记录回退吗？|Yes"_s;
@@ -227,7 +219,7 @@ private slots:
         screen.Query(1);
         screen.AnswerPost(u"ReturnRollBack"_s, u"1"_s);
         Click(screen.form, u"cxButton3"_s);
-        QCOMPARE(Column(screen.Grid(1), u"RETURN_ID"),
+        QCOMPARE(CellTexts(*screen.Grid(1).DataSet(), u"RETURN_ID"),
                  QStringList({u"6002"_s, u"6003"_s, u"6004"_s}));
         QCOMPARE(screen.Pages(1).RecordCount(), 119);
         QCOMPARE(screen.server.Queries().size(), 1);
@@ -257,7 +249,8 @@ private slots:
         screen.RowsOf(2).SetRecNo(2);
         screen.AnswerPost(u"ReceiveRollBack"_s, u"1"_s);
         Click(screen.form, u"btnReceiveExport"_s);
-        QCOMPARE(Column(screen.Grid(2), u"SEND_ID"), QStringList({u"5001"_s, u"5002"_s}));
+        QCOMPARE(CellTexts(*screen.Grid(2).DataSet(), u"SEND_ID"),
+                 QStringList({u"5001"_s, u"5002"_s}));
         QCOMPARE(screen.RowsOf(2).RecNo(), 1);
         QCOMPARE(screen.Pages(2).RecordCount(), 119);
         QCOMPARE(screen.server.Queries().size(), 1);

@@ -46,16 +46,6 @@ RowSet Candidates(int count = 4)
         rows);
 }
 
-/// "1 91, 0 92": result rows of a move, each a code and its product.
-QList<Wire::ResultRow> Results(const QStringList &rows)
-{
-    QList<Wire::ResultRow> results;
-    for (const QString &row : rows)
-        results << Wire::ResultRow{row.section(u' ', 0, 0),
-                                   {{u"PRODUCT_ID"_s, row.section(u' ', 1)}}};
-    return results;
-}
-
 /// The screen over group 10, shown, and a server that knows four products on either side, 120 in
 /// all. The form frees itself; what a test leaves open goes with the fixture.
 class Screen : public ScreenFixture
@@ -83,7 +73,8 @@ public:
     bool Enabled(const QString &action) { return ActionEnabled(form, action); }
     void AnswerMove(const QString &method, const QStringList &results)
     {
-        server.OnPost(u"com.business.admin.Uni_Product"_s, method).Results(Results(results));
+        server.OnPost(u"com.business.admin.Uni_Product"_s, method)
+            .Results(ResultRows(u"PRODUCT_ID"_s, results));
     }
     void MoveOut() { Trigger(form, u"ActionDelete"_s); }
     void MoveIn() { Trigger(form, u"ActionNew"_s); }
@@ -106,10 +97,7 @@ void Tick(DataGrid &grid, const QList<int> &rows)
 
 QStringList ShownProducts(const DataGrid &grid)
 {
-    QStringList ids;
-    for (int row = 0; row < grid.model()->rowCount(); ++row)
-        ids << grid.DataSet()->TextAt(row, u"PRODUCT_ID");
-    return ids;
+    return CellTexts(*grid.DataSet(), u"PRODUCT_ID");
 }
 
 QString CurrentProduct(const DataGrid &grid)

@@ -27,15 +27,6 @@ RowSet Candidates()
                   u"仁和"_s, u"2"_s, u"RHYY"_s}});
 }
 
-/// "1 801": a result code and the user whom it is about.
-QList<Wire::ResultRow> Results(const QStringList &rows)
-{
-    QList<Wire::ResultRow> results;
-    for (const QString &row : rows)
-        results << Wire::ResultRow{row.section(u' ', 0, 0), {{u"USER_ID"_s, row.section(u' ', 1)}}};
-    return results;
-}
-
 /// The picker for group 10 over a server that knows three of 120 candidates, and an opener's list
 /// that holds user 701.
 class Dialog : public ScreenFixture
@@ -62,7 +53,7 @@ public:
     void AnswerMoveIn(const QStringList &results)
     {
         server.OnPost(u"com.business.admin.UniUser"_s, u"insertUniUser"_s)
-            .Results(Results(results));
+            .Results(ResultRows(u"USER_ID"_s, results));
     }
     void MoveIn() { Click(&form, u"btnSelect"_s); }
 
@@ -70,15 +61,8 @@ public:
     ClientDataSet &Listed() { return *Grid().DataSet(); }
     TPageGuide &Pages() { return *Child<TPageGuide>(&form, u"PageGuide1"_s); }
     bool Enabled(const QString &button) { return Child<QPushButton>(&form, button)->isEnabled(); }
-    static QString Column(const ClientDataSet &rows, QStringView field)
-    {
-        QStringList values;
-        for (int row = 0; row < rows.RecordCount(); ++row)
-            values << rows.TextAt(row, field);
-        return values.join(u' ');
-    }
-    QString CandidateIds() { return Column(Listed(), u"USER_ID"); }
-    QString UserIds() { return Column(users, u"USER_ID"); }
+    QString CandidateIds() { return CellTexts(Listed(), u"USER_ID").join(u' '); }
+    QString UserIds() { return CellTexts(users, u"USER_ID").join(u' '); }
 
     ClientDataSet users;
     TFrmUniUserAdd form;
@@ -250,10 +234,10 @@ private slots:
         picker.Query();
         picker.Listed().SetRecNo(1);
         emit picker.Pages().SelectAll(true);
-        QCOMPARE(Dialog::Column(picker.Listed(), u"SELECTED"), u"1 1 1"_s);
+        QCOMPARE(CellTexts(picker.Listed(), u"SELECTED"), QStringList(3, u"1"_s));
         QCOMPARE(picker.Listed().RecNo(), 1);
         emit picker.Pages().SelectAll(false);
-        QCOMPARE(Dialog::Column(picker.Listed(), u"SELECTED"), u"0 0 0"_s);
+        QCOMPARE(CellTexts(picker.Listed(), u"SELECTED"), QStringList(3, u"0"_s));
         QCOMPARE(picker.Listed().RecNo(), 1);
     }
 
@@ -459,7 +443,7 @@ private slots:
         picker.Tick({0});
         picker.MoveIn();
         QCOMPARE(picker.users.FieldCount(), 3);
-        QCOMPARE(Dialog::Column(picker.users, u"USER_NAME"), u"张伟 周杰"_s);
+        QCOMPARE(CellTexts(picker.users, u"USER_NAME"), QStringList({u"张伟"_s, u"周杰"_s}));
         QCOMPARE(picker.users.TextAt(0, u"DUTY"), u"主任"_s);
     }
 

@@ -108,11 +108,8 @@ public:
     /// Opens the picker, lists its two ticked candidates and moves them in: results as "1 801".
     void MoveIn(const QStringList &results)
     {
-        QList<Wire::ResultRow> answer;
-        for (const QString &result : results)
-            answer << Wire::ResultRow{result.section(u' ', 0, 0),
-                                      {{u"USER_ID"_s, result.section(u' ', 1)}}};
-        server.OnPost(u"com.business.admin.UniUser"_s, u"insertUniUser"_s).Results(answer);
+        server.OnPost(u"com.business.admin.UniUser"_s, u"insertUniUser"_s)
+            .Results(ResultRows(u"USER_ID"_s, results));
         ModalVisitor visitor([](QWidget *picker) {
             QCOMPARE(picker->windowTitle(), u"选择用户"_s);
             Click(picker, u"btnQuery"_s);
