@@ -4,6 +4,7 @@
 #include "managers/UniProduct.h"
 #include "managers/UniUnion.h"
 #include "managers/UniUnionOrg.h"
+#include "managers/UniUser.h"
 
 #include <algorithm>
 
@@ -34,8 +35,9 @@ QStringList PostedRow::Of(const QStringList &names) const
 
 const QList<Method> &Methods()
 {
-    static const QList<Method> methods =
-        UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods();
+    static const QList<Method> methods = UniUnionMethods() + UniUnionOrgMethods() +
+                                         UniProductMethods() + RuleManagerMethods() +
+                                         UniUserMethods();
     return methods;
 }
 

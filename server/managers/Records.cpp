@@ -88,4 +88,9 @@ bool RecordTable::Delete(PostContext &post, const QStringList &keys) const
     return true;
 }
 
+bool RecordTable::EnsureDeleted(PostContext &post, const QStringList &keys) const
+{
+    return Delete(post, keys) || Find(post.connection, keys).state == RowState::Deleted;
+}
+
 } // namespace Qel::Managers

@@ -33,6 +33,10 @@ public:
     /// Marks the row as deleted; false: there is no such live row.
     bool Delete(PostContext &post, const QStringList &keys) const;
 
+    /// The same where a row that is deleted already is what is asked for, too, and leaves no
+    /// trace. False: there never was such a row.
+    bool EnsureDeleted(PostContext &post, const QStringList &keys) const;
+
 private:
     QString name_;
     QByteArray find_;

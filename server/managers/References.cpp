@@ -32,6 +32,15 @@ bool IsOrganisationInUse(Store::Connection &connection, const QString &orgId)
                              {orgId});
 }
 
+bool IsUserInUse(Store::Connection &connection, const QString &userId)
+{
+    return connection.Exists("SELECT 1 FROM USR_USER U, BAS_ORG O WHERE U.USER_ID = ?1"
+                             " AND U.ENABLE_FLAG = '1' AND U.LAST_OPERATE <> 'D'"
+                             " AND O.ORG_ID = U.ORG_ID AND O.ENABLE_FLAG = '1'"
+                             " AND O.LAST_OPERATE <> 'D'",
+                             {userId});
+}
+
 bool IsProductInUse(Store::Connection &connection, const QString &productId)
 {
     return connection.Exists("SELECT 1 FROM BAS_PRODUCT WHERE PRODUCT_ID = ?1"

@@ -37,11 +37,7 @@ Wire::ResultRow MoveIn(PostContext &post, const PostedRow &row)
 /// out, too: "1" without a trace. "0": it never was in the catalogue.
 Wire::ResultRow MoveOut(PostContext &post, const PostedRow &row)
 {
-    const QStringList keys = row.Of(Keys);
-    if (Catalogue().Delete(post, keys) ||
-        Catalogue().Find(post.connection, keys).state == RowState::Deleted)
-        return {Stored, {}};
-    return {Failed, {}};
+    return {Catalogue().EnsureDeleted(post, row.Of(Keys)) ? Stored : Failed, {}};
 }
 
 } // namespace
