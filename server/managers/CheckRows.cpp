@@ -81,6 +81,8 @@ QHash<QString, int> SizesOf(const Method &method)
     QHash<QString, int> sizes;
     for (const QString &name : method.parameters)
         sizes.insert(name, ColumnSize(method.table, name));
+    for (const QString &flag : method.flags)
+        sizes.insert(flag, 1);
     return sizes;
 }
 
@@ -94,9 +96,12 @@ void CheckValue(const QString &name, int size, const QString &value, qsizetype r
 
 void CheckComplete(const Method &method, const PostedRow &posted, qsizetype row)
 {
-    for (const QString &name : method.parameters)
+    for (const QString &name : method.parameters + method.flags)
         if (!posted.Has(name))
             BadRow(row, u"缺少参数 %1。"_s.arg(name));
+    for (const QString &flag : method.flags)
+        if (!IsFlag(posted[flag]))
+            BadRow(row, u"参数 %1 只能是 0 或 1。"_s.arg(flag));
 }
 
 void CheckCount(const Method &method, qsizetype rows)

@@ -1,5 +1,6 @@
 #include "managers/Method.h"
 
+#include "managers/BusDataRollBack.h"
 #include "managers/RuleManager.h"
 #include "managers/UniProduct.h"
 #include "managers/UniUnion.h"
@@ -37,7 +38,7 @@ const QList<Method> &Methods()
 {
     static const QList<Method> methods = UniUnionMethods() + UniUnionOrgMethods() +
                                          UniProductMethods() + RuleManagerMethods() +
-                                         UniUserMethods();
+                                         UniUserMethods() + BusDataRollBackMethods();
     return methods;
 }
 

@@ -92,6 +92,7 @@ struct Method
     MethodFunction run;
     QStringList echo = {};    ///< see RowByRow
     bool takesNoRows = false; ///< an empty list is stored, too
+    QStringList flags = {};   ///< parameters that are no columns: "0" or "1"
 
     /// Each row is stored or refused by itself, and its result gives its `echo` parameters back.
     /// Otherwise all rows are stored or none.
