@@ -2,6 +2,7 @@
 
 #include "managers/BusDataRollBack.h"
 #include "managers/RuleManager.h"
+#include "managers/UniPrice.h"
 #include "managers/UniProduct.h"
 #include "managers/UniUnion.h"
 #include "managers/UniUnionOrg.h"
@@ -36,9 +37,9 @@ QStringList PostedRow::Of(const QStringList &names) const
 
 const QList<Method> &Methods()
 {
-    static const QList<Method> methods = UniUnionMethods() + UniUnionOrgMethods() +
-                                         UniProductMethods() + RuleManagerMethods() +
-                                         UniUserMethods() + BusDataRollBackMethods();
+    static const QList<Method> methods =
+        UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods() +
+        UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods();
     return methods;
 }
 

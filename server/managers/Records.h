@@ -13,8 +13,8 @@ struct Record
     QStringList values; ///< in the order of the table's values; empty for Absent
 };
 
-/// A table whose rows are found by one or two keys, deleted by marking them, and logged whenever
-/// they change. All values are texts, the empty one for NULL.
+/// A table whose rows are found by keys, deleted by marking them, and logged under their first
+/// two keys whenever they change. All values are texts, the empty one for NULL.
 class RecordTable
 {
 public:
