@@ -45,7 +45,7 @@ QString CandidatesSql(const TCandidateFilter &filter)
                    u" and ");
     if (filter.typeText.trimmed() != AllOrgTypes)
         sql += u" and A.ORG_TYPE= "_s + Quoted(filter.typeValue);
-    return sql + u" ORDER BY A.ORG_NAME"_s;
+    return sql + u" ORDER BY A.ORG_NAME "_s;
 }
 
 TFrmUniUnionOrgNew::TFrmUniUnionOrgNew(QWidget *owner, const QString &unionId)
