@@ -1,5 +1,7 @@
 #include "controls/CellDelegate.h"
 
+#include "controls/CurrencyEdit.h"
+#include "controls/CurrencyText.h"
 #include "controls/DataSetModel.h"
 #include "controls/DateEdit.h"
 #include "controls/ImageComboBox.h"
@@ -103,9 +105,18 @@ QWidget *CellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem 
     case GridEditor::Date:
         editor = new DateEdit(parent);
         break;
+    case GridEditor::Currency: {
+        auto *edit = new CurrencyEdit(parent);
+        edit->setFrame(false);
+        editor = edit;
+        break;
+    }
     }
     editor->setObjectName(u"cellEditor"_s);
-    editor->setAccessibleName(column.caption);
+    editor->setAccessibleName(
+        index.model()
+            ->headerData(index.column(), Qt::Horizontal, Qt::AccessibleTextRole)
+            .toString());
     return editor;
 }
 
@@ -116,6 +127,9 @@ void CellDelegate::setEditorData(QWidget *editor, const QModelIndex &index) cons
         combo->SetEditValue(text);
     } else if (auto *date = qobject_cast<DateEdit *>(editor)) {
         date->SetValue(QDateTime::fromString(text.left(10), u"yyyy-MM-dd"));
+    } else if (auto *currency = qobject_cast<CurrencyEdit *>(editor)) {
+        currency->SetValue(text);
+        currency->selectAll();
     } else if (auto *edit = qobject_cast<QLineEdit *>(editor)) {
         edit->setText(text);
         edit->selectAll();
@@ -125,16 +139,21 @@ void CellDelegate::setEditorData(QWidget *editor, const QModelIndex &index) cons
 void CellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
                                 const QModelIndex &index) const
 {
+    const QString before = index.data(RawValueRole).toString();
     QString text;
     if (auto *combo = qobject_cast<ImageComboBox *>(editor)) {
         text = combo->EditValue();
     } else if (auto *date = qobject_cast<DateEdit *>(editor)) {
         date->TakeTyped(); // the delegate hears of a lost focus before the editor does
         text = date->IsEmpty() ? QString() : date->Value().toString(u"yyyy-MM-dd");
+    } else if (auto *currency = qobject_cast<CurrencyEdit *>(editor)) {
+        text = currency->Value();
+        if (!currency->isModified() || IsSameCurrency(text, before))
+            return;
     } else if (auto *edit = qobject_cast<QLineEdit *>(editor)) {
         text = edit->text();
     }
-    if (text != index.data(RawValueRole).toString())
+    if (text != before)
         model->setData(index, text, Qt::EditRole);
 }
 

@@ -6,7 +6,8 @@ namespace Qel {
 
 /// Draws and edits the cells of a DataGrid as their column says: ticks centred and toggled by a
 /// click or the blank key, texts in a line edit bounded by the field's size, value lists in an
-/// ImageComboBox, dates in a DateEdit. Shows a cell's full text as tooltip when it is elided.
+/// ImageComboBox, dates in a DateEdit, amounts in a CurrencyEdit. Shows a cell's full text as
+/// tooltip when it is elided.
 class CellDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -28,9 +28,14 @@ bool OpensList(const QKeyEvent &event)
 } // namespace
 
 DataGrid::DataGrid(QWidget *parent)
+    : DataGrid(new GridHeader, parent)
+{
+}
+
+DataGrid::DataGrid(GridHeader *header, QWidget *parent)
     : QTableView(parent)
     , model_(new DataSetModel(this))
-    , header_(new GridHeader(this))
+    , header_(header)
     , emptyHint_(u"没有记录"_s)
 {
     SetUpRowView(*this);
@@ -47,6 +52,7 @@ DataGrid::DataGrid(QWidget *parent)
         this, model_, [this](int recNo, int column) { return model_->index(recNo, column); },
         [](const QModelIndex &index) { return index.row(); });
     connect(link_, &CurrentRowLink::PostFailed, this, &DataGrid::EditFailed);
+    connect(model_, &DataSetModel::CellValidating, this, &DataGrid::CellValidating);
     connect(model_, &DataSetModel::EditFailed, this, &DataGrid::EditFailed);
     connect(this, &QAbstractItemView::doubleClicked, this, &DataGrid::RowDoubleClicked);
     connect(this, &QAbstractItemView::clicked, this, &DataGrid::DropDown);

@@ -35,7 +35,7 @@ public:
     DataSetModel *Model() const { return model_; }
 
     QStringList Columns() const;
-    void SetColumns(const QStringList &columns);
+    virtual void SetColumns(const QStringList &columns);
     int ColumnIndex(QStringView field) const; ///< in the model, not on the screen; -1: none
     // The following take any field; one without a column changes nothing.
     void SetColumnVisible(QStringView field, bool visible);
@@ -52,7 +52,7 @@ public:
     void SetHeaderHeight(int height);
     const QString &EmptyHint() const { return emptyHint_; }
     void SetEmptyHint(const QString &hint); ///< shown in an open dataset without rows
-    void ApplySheet(const GridSheet &sheet);
+    virtual void ApplySheet(const GridSheet &sheet);
 
     /// Takes the keyboard focus and opens the editor of a cell of the current row: of that field;
     /// without one of the current cell, or else of the row's first cell that has an editor.
@@ -65,11 +65,16 @@ public:
     void CopyRow() const; ///< visible columns in their order on the screen, separated by tabs
 
 signals:
+    /// A cell was left with another value, which is about to go into the dataset's field of that
+    /// name. The moment to attach a field change handler; not for ticks.
+    void CellValidating(const QString &field);
     void RowActivated();     ///< Enter
     void RowDoubleClicked(); ///< on any cell
     void EditFailed(const QString &message);
 
 protected:
+    DataGrid(GridHeader *header, QWidget *parent); ///< takes the header
+
     void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;

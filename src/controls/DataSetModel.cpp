@@ -1,5 +1,7 @@
 #include "controls/DataSetModel.h"
 
+#include "controls/CurrencyText.h"
+
 namespace Qel {
 
 namespace {
@@ -40,6 +42,11 @@ void DataSetCells::SetValueList(int column, const ValueList &values)
 void DataSetCells::SetCaption(int column, const QString &caption)
 {
     columns_[column].caption = caption;
+}
+
+void DataSetCells::SetBand(int column, const QString &band)
+{
+    columns_[column].band = band;
 }
 
 void DataSetCells::SetReadOnly(int column, bool readOnly)
@@ -87,6 +94,8 @@ QString DataSetCells::RawText(int recNo, int column) const
 QString DataSetCells::ShownText(int recNo, int column) const
 {
     const QString raw = RawText(recNo, column);
+    if (columns_[column].editor == GridEditor::Currency)
+        return CurrencyText(raw);
     const ValueList &values = columns_[column].values;
     if (values.isEmpty())
         return raw;
@@ -133,6 +142,10 @@ QVariant DataSetCells::Header(int column, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return columns_[column].caption;
+    case Qt::AccessibleTextRole: {
+        const QString &band = columns_[column].band;
+        return band.isEmpty() ? columns_[column].caption : band + u' ' + columns_[column].caption;
+    }
     case Qt::TextAlignmentRole:
         return int(Qt::AlignCenter);
     default:
@@ -249,6 +262,12 @@ void DataSetModel::SetCaption(int column, const QString &caption)
     emit headerDataChanged(Qt::Horizontal, column, column);
 }
 
+void DataSetModel::SetBand(int column, const QString &band)
+{
+    cells_.SetBand(column, band);
+    emit headerDataChanged(Qt::Horizontal, column, column);
+}
+
 void DataSetModel::RefreshColumn(int column)
 {
     if (rows_ > 0)
@@ -276,6 +295,8 @@ bool DataSetModel::setData(const QModelIndex &index, const QVariant &value, int 
 {
     if (!index.isValid())
         return false;
+    if (role == Qt::EditRole && Columns().at(index.column()).IsEditable())
+        emit CellValidating(Columns().at(index.column()).field);
     QString error;
     const bool written = cells_.Write(index.row(), index.column(), value, role, &error);
     if (!error.isEmpty())

@@ -27,6 +27,7 @@ public:
     void SetColumns(const QList<GridColumn> &columns);
     void SetValueList(int column, const ValueList &values);
     void SetCaption(int column, const QString &caption);
+    void SetBand(int column, const QString &band);
     void SetReadOnly(int column, bool readOnly);
     int ColumnIndex(QStringView field) const; ///< first column of that field; -1 if there is none
 
@@ -65,6 +66,7 @@ public:
     void SetColumns(const QList<GridColumn> &columns);
     void SetValueList(int column, const ValueList &values);
     void SetCaption(int column, const QString &caption);
+    void SetBand(int column, const QString &band); ///< caption of the band above the column
     void SetReadOnly(int column, bool readOnly);
     int ColumnIndex(QStringView field) const { return cells_.ColumnIndex(field); }
 
@@ -76,6 +78,8 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 signals:
+    /// A value from an editor is about to go into the field of the row; before the dataset edits.
+    void CellValidating(const QString &field);
     void EditFailed(const QString &message); ///< the dataset refused; the cell keeps its value
 
 private:

@@ -11,12 +11,13 @@ namespace Qel {
 
 namespace {
 
-constexpr std::array<std::pair<GridEditor, QStringView>, 5> EditorNames{{
+constexpr std::array<std::pair<GridEditor, QStringView>, 6> EditorNames{{
     {GridEditor::None, u""},
     {GridEditor::Text, u"text"},
     {GridEditor::Check, u"check"},
     {GridEditor::Combo, u"combo"},
     {GridEditor::Date, u"date"},
+    {GridEditor::Currency, u"currency"},
 }};
 
 struct FlagRule
@@ -105,6 +106,8 @@ GridColumn ParseGridColumn(const QString &line)
     column.editor = ParseEditor(line, parts.value(3).trimmed());
     if (column.editor == GridEditor::Check)
         column.alignment = Qt::AlignHCenter;
+    if (column.editor == GridEditor::Currency)
+        column.alignment = Qt::AlignRight;
     const QStringList flags = parts.value(4).split(u',', Qt::SkipEmptyParts);
     for (const QString &flag : flags)
         ParseFlag(column, line, flag.trimmed());

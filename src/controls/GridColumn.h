@@ -24,11 +24,12 @@ QStringList FormatValueList(const ValueList &list);
 
 /// How the cells of a column are shown and edited.
 enum class GridEditor : quint8 {
-    None,  ///< shown only
-    Text,  ///< edited in place
-    Check, ///< a tick for "1"; toggled and posted at once, unless read-only
-    Combo, ///< chosen from the column's value list
-    Date,  ///< yyyy-MM-dd with a calendar
+    None,     ///< shown only
+    Text,     ///< edited in place
+    Check,    ///< a tick for "1"; toggled and posted at once, unless read-only
+    Combo,    ///< chosen from the column's value list
+    Date,     ///< yyyy-MM-dd with a calendar
+    Currency, ///< an amount with two decimals, right-aligned unless a flag says otherwise
 };
 
 /// One column of a grid or a tree, bound to a field by name. Two columns may show one field.
@@ -41,6 +42,7 @@ struct GridColumn
     bool hidden = false;
     bool readOnly = false;
     Qt::Alignment alignment = Qt::AlignLeft;
+    QString band;     ///< caption of the band above the column; not part of the text form
     ValueList values; ///< if not empty, cells show the text that stands for their value
 
     bool IsEditable() const { return editor != GridEditor::None && !readOnly; }
@@ -49,8 +51,9 @@ struct GridColumn
 };
 
 /// The text form used in layouts: "FIELD|caption|width|editor|flags". Editor: empty, "text",
-/// "check", "combo" or "date". Flags, separated by commas: "hidden", "readonly", "right",
-/// "center". Trailing parts may be left out. Throws EQelError that quotes what it cannot read.
+/// "check", "combo", "date" or "currency". Flags, separated by commas: "hidden", "readonly",
+/// "right", "center". Trailing parts may be left out. Throws EQelError that quotes what it cannot
+/// read.
 GridColumn ParseGridColumn(const QString &line);
 QString FormatGridColumn(const GridColumn &column);
 QList<GridColumn> ParseGridColumns(const QStringList &lines);

@@ -62,7 +62,12 @@ void GridHeader::SetColor(const QColor &color)
 
 QSize GridHeader::sizeHint() const
 {
-    return {QHeaderView::sizeHint().width(), qMax(leastHeight_, fontMetrics().height() + 4)};
+    return {QHeaderView::sizeHint().width(), HeightOfRow(leastHeight_)};
+}
+
+int GridHeader::HeightOfRow(int least) const
+{
+    return qMax(least, fontMetrics().height() + 4);
 }
 
 void GridHeader::paintEvent(QPaintEvent *event)
@@ -80,14 +85,26 @@ void GridHeader::paintSection(QPainter *painter, const QRect &rect, int logicalI
         QHeaderView::paintSection(painter, rect, logicalIndex);
         return;
     }
-    painter->fillRect(rect, color_);
-    painter->setPen(color_.lighter(150));
-    painter->drawLine(rect.topRight(), rect.bottomRight());
-    painter->setPen(ReadableTextOn(color_));
-    const QString caption = model()->headerData(logicalIndex, Qt::Horizontal).toString();
-    const QRect room = rect.adjusted(SidePadding, 0, -SidePadding, 0);
-    painter->drawText(room, Qt::AlignCenter | Qt::TextSingleLine,
-                      painter->fontMetrics().elidedText(caption, Qt::ElideRight, room.width()));
+    PaintCaption(*painter, rect, rect, color_,
+                 model()->headerData(logicalIndex, Qt::Horizontal).toString());
+}
+
+void GridHeader::PaintCaption(QPainter &painter, const QRect &cell, const QRect &room,
+                              const QColor &color, const QString &caption)
+{
+    painter.fillRect(cell, color);
+    painter.setPen(color.lighter(150));
+    painter.drawLine(cell.topRight(), cell.bottomRight());
+    painter.setPen(ReadableTextOn(color));
+    const QRect text = room.adjusted(SidePadding, 0, -SidePadding, 0);
+    painter.drawText(text, Qt::AlignCenter | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(caption, Qt::ElideRight, text.width()));
+}
+
+void GridHeader::ShowIfElided(QPoint globalPos, const QString &caption, int width)
+{
+    const bool elided = fontMetrics().horizontalAdvance(caption) > width - 2 * SidePadding;
+    QToolTip::showText(globalPos, elided ? caption : QString(), this);
 }
 
 bool GridHeader::viewportEvent(QEvent *event)
@@ -97,9 +114,7 @@ bool GridHeader::viewportEvent(QEvent *event)
         const int section = logicalIndexAt(help->pos());
         const QString caption =
             section < 0 ? QString() : model()->headerData(section, Qt::Horizontal).toString();
-        const bool elided =
-            fontMetrics().horizontalAdvance(caption) > sectionSize(section) - 2 * SidePadding;
-        QToolTip::showText(help->globalPos(), elided ? caption : QString(), this);
+        ShowIfElided(help->globalPos(), caption, section < 0 ? 0 : sectionSize(section));
         return true;
     }
     return QHeaderView::viewportEvent(event);

@@ -2,7 +2,7 @@
 
 #include "frame/DataModule.h"
 
-#include "controls/DataGrid.h"
+#include "controls/BandedGrid.h"
 #include "controls/DataTree.h"
 #include "controls/ImageComboBox.h"
 #include "frame/GridStyles.h"
@@ -28,6 +28,7 @@ namespace Qel {
 namespace {
 
 // Heights in device-independent pixels; controls grow beyond them with a larger font.
+constexpr int bandHeight = 22;
 constexpr int headerHeight = 22;
 constexpr int rowHeight = 20;
 constexpr int itemHeight = 18;
@@ -55,11 +56,23 @@ void StyleView(View &view, const GridSheet &sheet)
     view.ApplySheet(sheet);
 }
 
+void StyleSections(DataGrid &grid)
+{
+    grid.horizontalHeader()->setSectionsMovable(true);
+    grid.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+}
+
+void StyleBandedGrid(BandedGrid &grid, TData_Module &)
+{
+    StyleView(grid, BandTableSheet());
+    StyleSections(grid);
+    grid.SetBandHeight(bandHeight);
+}
+
 void StyleGrid(DataGrid &grid, TData_Module &)
 {
     StyleView(grid, TableSheet());
-    grid.horizontalHeader()->setSectionsMovable(true);
-    grid.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    StyleSections(grid);
 }
 
 void StyleTree(DataTree &tree, TData_Module &)
@@ -134,6 +147,7 @@ bool Rule(QWidget *component, TData_Module &module)
 
 // The first rule that matches, and no other: derived kinds stand before their base.
 constexpr bool (*rules[])(QWidget *, TData_Module &) = {
+    Rule<BandedGrid, StyleBandedGrid>,
     Rule<DataGrid, StyleGrid>,
     Rule<DataTree, StyleTree>,
     Rule<QTabWidget, StyleTabs>,

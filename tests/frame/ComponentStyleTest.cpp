@@ -1,7 +1,7 @@
 #include "frame/DataModule.h"
 #include "frame/GridStyles.h"
 
-#include "controls/DataGrid.h"
+#include "controls/BandedGrid.h"
 #include "controls/DataTree.h"
 #include "controls/DateEdit.h"
 #include "controls/ImageComboBox.h"
@@ -83,6 +83,28 @@ private slots:
         QCOMPARE(grid->verticalHeader()->sectionResizeMode(0), QHeaderView::Fixed);
         QCOMPARE(grid->palette().color(QPalette::Active, QPalette::Highlight), QColor(0xABC4FE));
         QCOMPARE(grid->palette().color(QPalette::AlternateBase), QColor(0xF4F9FB));
+    }
+
+    void BandedGridGetsTwoHeaderRows()
+    {
+        auto *grid = new BandedGrid(form_.get());
+        grid->SetColumns({u"A|甲|60"_s});
+        grid->SetBands({u"药品|A"_s});
+        grid->SetRowHeight(40);
+        grid->SetHeaderHeight(40);
+        grid->SetBandHeight(40);
+        module_.SetFormStyle(form_.get());
+        QCOMPARE(grid->frameShape(), QFrame::NoFrame);
+        QCOMPARE(grid->RowHeight(), 20);
+        QCOMPARE(grid->HeaderHeight(), 22);
+        QCOMPARE(grid->BandHeight(), 22);
+        QCOMPARE(grid->horizontalHeader()->sizeHint().height(), 44);
+        QVERIFY(grid->horizontalHeader()->sectionsMovable());
+        QCOMPARE(grid->verticalHeader()->sectionResizeMode(0), QHeaderView::Fixed);
+        grid->resize(300, 200);
+        const QImage header = grid->horizontalHeader()->grab().toImage();
+        QCOMPARE(header.pixelColor(2, 2), QColor(0xA3AEC4));  // GridBandBackHead
+        QCOMPARE(header.pixelColor(2, 24), QColor(0x316AC5)); // GridHeader
     }
 
     void TreeList()
