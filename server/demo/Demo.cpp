@@ -1,5 +1,6 @@
 #include "demo/Demo.h"
 
+#include "demo/Affiliations.h"
 #include "demo/Catalogues.h"
 #include "demo/Groups.h"
 #include "demo/History.h"
@@ -29,7 +30,7 @@ constexpr CountedTable CountedTables[] = {
     {u"BAS_REGION", IdSeries::Region},       {u"BAS_ORG", IdSeries::Organisation},
     {u"UNI_UNION", IdSeries::Group},         {u"UNI_ORG_TYPE", IdSeries::MemberType},
     {u"BAS_PRODUCT", IdSeries::Product},     {u"USR_USER", IdSeries::User},
-    {u"SYS_UPDATE_LOG", IdSeries::LogEntry},
+    {u"SYS_UPDATE_LOG", IdSeries::LogEntry}, {u"BAS_ORG_AFFILIATION", IdSeries::Affiliation},
 };
 
 void StoreSequences(Store::Connection &connection, const std::vector<TableRows> &tables)
@@ -79,6 +80,7 @@ std::vector<TableRows> MakeRows()
     tables.push_back(regions.Rows());
     tables.push_back(OrganisationRows(u"BAS_ORG"_s, organisations, initials));
     tables.push_back(OrganisationRows(u"CAT_ORG"_s, Sellers(organisations), initials));
+    tables.push_back(AffiliationRows(organisations, focus));
     tables.push_back(std::move(products));
     tables.push_back(UserRows(users));
     tables.push_back(GroupRows(groups, regions, history));

@@ -24,6 +24,7 @@ enum class IdSeries {
     MemberType = 400001,
     Product = 500001,
     User = 600001,
+    Affiliation = 700001,
     LogEntry = 70000001, ///< eight digits: there are more of them than six would hold
 };
 

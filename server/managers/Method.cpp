@@ -1,6 +1,7 @@
 #include "managers/Method.h"
 
 #include "managers/BusDataRollBack.h"
+#include "managers/OrgAffiliation.h"
 #include "managers/RuleManager.h"
 #include "managers/UniPrice.h"
 #include "managers/UniProduct.h"
@@ -39,7 +40,7 @@ const QList<Method> &Methods()
 {
     static const QList<Method> methods =
         UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods() +
-        UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods();
+        UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods() + OrgAffiliationMethods();
     return methods;
 }
 

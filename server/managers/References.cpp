@@ -32,6 +32,12 @@ bool IsOrganisationInUse(Store::Connection &connection, const QString &orgId)
                              {orgId});
 }
 
+bool IsLiveOrganisation(Store::Connection &connection, const QString &orgId)
+{
+    return connection.Exists("SELECT 1 FROM BAS_ORG WHERE ORG_ID = ?1 AND LAST_OPERATE <> 'D'",
+                             {orgId});
+}
+
 bool IsUserInUse(Store::Connection &connection, const QString &userId)
 {
     return connection.Exists("SELECT 1 FROM USR_USER U, BAS_ORG O WHERE U.USER_ID = ?1"

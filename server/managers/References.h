@@ -14,6 +14,8 @@ bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,
                       const QString &orgTypeId);
 /// Live and enabled: what the lists of candidates offer.
 bool IsOrganisationInUse(Store::Connection &connection, const QString &orgId);
+/// Live, in use or not: what the organisation picker offers.
+bool IsLiveOrganisation(Store::Connection &connection, const QString &orgId);
 /// May log in, for an organisation in use.
 bool IsUserInUse(Store::Connection &connection, const QString &userId);
 bool IsProductInUse(Store::Connection &connection, const QString &productId);

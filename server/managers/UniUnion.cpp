@@ -2,6 +2,7 @@
 
 #include "managers/Audit.h"
 #include "managers/MemberTypes.h"
+#include "managers/TreeCodes.h"
 
 #include <algorithm>
 #include <optional>
@@ -11,10 +12,6 @@ using namespace Qt::StringLiterals;
 namespace Qel::Managers {
 
 namespace {
-
-constexpr qsizetype TopCodeLength = 4;
-constexpr qsizetype LevelLength = 2;
-constexpr qsizetype MaxCodeLength = 12;
 
 struct Group
 {
@@ -47,18 +44,12 @@ QList<Group> Descendants(Store::Connection &connection, const QString &id)
     return groups;
 }
 
-/// Digits only; 4 of them at the top, below that the live parent's code and 2 more; 12 at most.
 bool CodeFits(Store::Connection &connection, const QString &code, const QString &parentId)
 {
-    const bool digits =
-        std::all_of(code.begin(), code.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
-    if (!digits || code.size() > MaxCodeLength)
-        return false;
     if (parentId.isEmpty())
-        return code.size() == TopCodeLength;
+        return IsTopCode(code);
     const auto parent = FindLive(connection, parentId);
-    return parent && code.startsWith(parent->code) &&
-           code.size() == parent->code.size() + LevelLength;
+    return parent && IsCodeBelow(code, parent->code);
 }
 
 bool ReferencesExist(Store::Connection &connection, const PostedRow &row)
@@ -158,9 +149,8 @@ Wire::ResultRow InsertUpdateUnion(PostContext &post, const PostedRow &row)
     }
     const bool underItself =
         std::any_of(own.begin(), own.end(), [&](const Group &one) { return one.id == parentId; });
-    const bool tooDeep = std::any_of(moved.begin(), moved.end(), [](const Group &one) {
-        return one.code.size() > MaxCodeLength;
-    });
+    const bool tooDeep = std::any_of(
+        moved.begin(), moved.end(), [](const Group &one) { return one.code.size() > MaxTreeCode; });
     if (underItself || tooDeep)
         return {Failed, {}};
 

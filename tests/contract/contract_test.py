@@ -348,6 +348,38 @@ class Contract:
         self.assertEqual([code for code, _ in self.move("move_in_Uni_Product", group, products)],
                          ["-1", "-1"])
 
+    # The affiliation, which has a manager of another folder
+
+    AFFILIATION = "com.business.basedata.OrgAffiliationManager"
+
+    def place(self, org, parent, code, level, key=""):
+        return self.peer.post(self.AFFILIATION, "insertUpdateOrgAffiliation", [
+            {"ID": key, "ORG_ID": org, "PARENT_ORGID": parent, "TREE_CODE": code,
+             "TREE_LEVEL": level}])
+
+    def take_out(self, org):
+        return self.peer.post(self.AFFILIATION, "deleteOrgAffiliation",
+                              [{"ORG_ID": org, "ENABLE_FLAG": "D"}])[0][0]
+
+    def test_those_below_follow_an_exchanged_organisation(self):
+        live = "FROM BAS_ORG_AFFILIATION WHERE ENABLE_FLAG <> 'D'"
+        standing = self.peer.query(f"SELECT ORG_ID, TREE_CODE {live}")
+        codes, inside = set(standing.column("TREE_CODE")), set(standing.column("ORG_ID"))
+        top = next(text for number in range(9999, 0, -1) if (text := f"{number:04}") not in codes)
+        one, below, other = [org for org in self.peer.query(self.ORGANISATIONS).column("ORG_ID")
+                             if org not in inside][:3]
+        code, answer = self.place(one, "", top, "1")[0]
+        self.assertEqual(code, "1")
+        self.assertEqual(self.place(below, one, top + "01", "2")[0][0], "1")
+        self.assertEqual(self.place(below, "", top, "1")[0][0], "-2")
+        self.assertEqual(self.place(other, one, top + "01", "2")[0][0], "-1")
+        self.assertEqual(self.take_out(one), "-1")
+        self.assertEqual(self.place(other, "", top, "1", answer["ID"]), [("1", answer)])
+        table = self.peer.query(f"SELECT PARENT_ORGID {live} AND ORG_ID = '{below}'")
+        self.assertEqual(table.rows, [[other]])
+        self.assertEqual([self.take_out(below), self.take_out(other), self.take_out(other),
+                          self.take_out("no-such-organisation")], ["1", "1", "1", "0"])
+
 
 class OverCbor(Contract, WithServer):
     media = peer.CBOR
