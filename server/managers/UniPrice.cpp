@@ -3,6 +3,8 @@
 #include "managers/Records.h"
 #include "managers/References.h"
 
+#include <QLocale>
+
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -77,7 +79,8 @@ bool IsInCatalogue(Store::Connection &connection, const QString &unionId, const 
                              {unionId, productId});
 }
 
-/// The price as it compares; empty stays empty (no price), anything that is none becomes null.
+/// The price to its last digit, as it compares; empty stays empty (no price), anything that is none
+/// becomes null.
 std::optional<QString> Canonical(const QString &price)
 {
     if (price.trimmed().isEmpty())
@@ -86,7 +89,7 @@ std::optional<QString> Canonical(const QString &price)
     const double value = price.trimmed().toDouble(&isNumber);
     if (!isNumber || !(value >= 0 && value <= HighestPrice))
         return std::nullopt;
-    return QString::number(value, 'f', 2);
+    return QString::number(value + 0.0, 'f', QLocale::FloatingPointShortest); // -0 is 0
 }
 
 /// With every price in its canonical form; nothing if one is none.
@@ -112,30 +115,33 @@ QString PriceOf(Store::Connection &connection, const QStringList &contents)
 }
 
 /// Stores the prices of a product, once a group and seller: another operator who was faster to
-/// quote it has made the record that this one changes. Answers PRODUCT_ID and PRICE_ID. "0": the
-/// organisation does not sell there, the product is not in the catalogue, the price record is
-/// another product's, or a price is no number from 0 to 99999999.
+/// quote it has made the record that this one changes. LAST_OPERATE "D" deletes the record, also of
+/// one who sells there no longer or of a product that left the catalogue; the next prices take it
+/// over. Answers PRODUCT_ID and PRICE_ID. "0": the organisation does not sell there, the product is
+/// not in the catalogue, the price record is another product's, there is none to delete, or a price
+/// is no number from 0 to 99999999.
 Wire::ResultRow InsertUpdateProductPrice(PostContext &post, const PostedRow &row)
 {
-    const auto contents = WithCanonicalPrices(row.Of(ProductPrice));
-    if (!contents || !IsSeller(post, row) ||
-        !IsInCatalogue(post.connection, contents->at(0), contents->at(2)))
+    const QStringList posted = row.Of(ProductPrice);
+    QString id = PriceOf(post.connection, posted);
+    if (const QString known = row[ProductPriceKey]; !known.isEmpty() && known != id)
         return {Failed, {}};
-    QString id = PriceOf(post.connection, *contents);
-    const QString posted = row[ProductPriceKey];
-    if (!posted.isEmpty() && posted != id)
-        return {Failed, {}};
-    const Wire::NamedValues answer{{u"PRODUCT_ID"_s, contents->at(2)}};
+    const auto stored = [&]() -> Wire::ResultRow {
+        return {Stored, {{u"PRODUCT_ID"_s, posted[2]}, {ProductPriceKey, id}}};
+    };
     if (row[u"LAST_OPERATE"_s] == Deletion)
-        return {ProductPrices().EnsureDeleted(post, {id}) ? Stored : Failed,
-                answer + Wire::NamedValues{{ProductPriceKey, id}}};
+        return ProductPrices().EnsureDeleted(post, {id}) ? stored() : Wire::ResultRow{Failed, {}};
+
+    const auto contents = WithCanonicalPrices(posted);
+    if (!contents || !IsSeller(post, row) || !IsInCatalogue(post.connection, posted[0], posted[2]))
+        return {Failed, {}};
     if (id.isEmpty())
         id = NewKey(post.connection, u"PRC_UNI_PRICE_PRODUCT"_s, ProductPriceKey);
     Record old = ProductPrices().Find(post.connection, {id});
     if (old.state != RowState::Absent)
         old.values = WithCanonicalPrices(old.values).value_or(old.values);
     ProductPrices().Put(post, old, {id}, *contents);
-    return {Stored, answer + Wire::NamedValues{{ProductPriceKey, id}}};
+    return stored();
 }
 
 bool IsSlot(const QString &slot)

@@ -124,6 +124,8 @@ void TFrmUniUser::TreeGridSearch()
 
 void TFrmUniUser::ActionNewExecute()
 {
+    if (cdsUnion.IsEmpty())
+        return;
     TFrmUniUserAdd picker(this, cdsUser);
     picker.UnionId = FocusedUnion(u"UNION_ID");
     picker.UnionName = FocusedUnion(u"UNION_NAME");

@@ -17,6 +17,7 @@ from urllib.parse import urlsplit
 
 import cbor
 import peer
+from methods import Methods
 from peer import Peer, Refused
 
 MANAGER = "com.business.admin.UniUnion"
@@ -289,7 +290,6 @@ class Contract:
                                  "rows": [[["UNION_ID", "1"], ["union_id", "2"]]]})
         self.refusal(400, "http.bad_request", self.peer.call, "POST", "/NorvaneServlet", body)
 
-
     def test_a_row_has_every_parameter_of_its_method(self):
         self.refusal(400, "post.bad_row", self.peer.post, MANAGER, "delete_UniUnion", [{}])
         row = self.group()
@@ -304,88 +304,12 @@ class Contract:
         self.assertEqual(self.peer.post(MANAGER, "insert_update_UniOrgType", []), [("1", {})])
         self.refusal(400, "post.bad_row", self.peer.post, MANAGER, "delete_UniUnion", [])
 
-    # A catalogue, which is answered row by row
 
-    CATALOGUE = "com.business.admin.Uni_Product"
-
-    def products(self, group, count):
-        """Products that may be moved into the group's catalogue."""
-        inside = set(self.peer.query("SELECT PRODUCT_ID FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"
-                                     f" AND UNION_ID = '{group}'").column("PRODUCT_ID"))
-        offered = self.peer.query("SELECT PRODUCT_ID FROM BAS_PRODUCT WHERE LAST_OPERATE <> 'D'"
-                                  " AND ENABLE_FLAG = '1' ORDER BY PRODUCT_ID").column("PRODUCT_ID")
-        return [product for product in offered if product not in inside][:count]
-
-    def move(self, method, group, products, key=None):
-        return self.peer.post(self.CATALOGUE, method, [
-            {"UNION_ID": group, "PRODUCT_ID": product} for product in products], key)
-
-    def test_each_move_has_its_own_code_and_product(self):
-        group = self.store(self.group())[0][1]["UNION_ID"]
-        first, second, third = self.products(group, 3)
-        self.assertEqual(self.move("move_in_Uni_Product", group, [second]),
-                         [("1", {"PRODUCT_ID": second})])
-        self.assertEqual(
-            self.move("move_in_Uni_Product", group, [first, second, "no-such-product", third]),
-            [("1", {"PRODUCT_ID": first}), ("-1", {"PRODUCT_ID": second}),
-             ("0", {"PRODUCT_ID": "no-such-product"}), ("1", {"PRODUCT_ID": third})])
-        live = self.peer.query("SELECT PRODUCT_ID FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"
-                               f" AND UNION_ID = '{group}' ORDER BY PRODUCT_ID")
-        self.assertEqual(live.column("PRODUCT_ID"), [first, second, third])
-        for _ in range(2):  # what is out already is out
-            self.assertEqual(self.move("move_out_Uni_Product", group, [first, third]),
-                             [("1", {"PRODUCT_ID": first}), ("1", {"PRODUCT_ID": third})])
-        log = self.peer.query("SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME = 'UNI_PRODUCT'"
-                              f" AND KEY_ID1 = '{group}' AND KEY_ID2 = '{first}' ORDER BY LOG_ID")
-        self.assertEqual(sorted(log.column("OPTION_TYPE")), ["1", "5"])
-
-    def test_moves_with_the_same_key_take_effect_once(self):
-        group = self.store(self.group())[0][1]["UNION_ID"]
-        products, key = self.products(group, 2), str(uuid.uuid4())
-        first = self.move("move_in_Uni_Product", group, products, key)
-        self.assertEqual(first, [("1", {"PRODUCT_ID": product}) for product in products])
-        self.assertEqual(self.move("move_in_Uni_Product", group, products, key), first)
-        self.assertEqual([code for code, _ in self.move("move_in_Uni_Product", group, products)],
-                         ["-1", "-1"])
-
-    # The affiliation, which has a manager of another folder
-
-    AFFILIATION = "com.business.basedata.OrgAffiliationManager"
-
-    def place(self, org, parent, code, level, key=""):
-        return self.peer.post(self.AFFILIATION, "insertUpdateOrgAffiliation", [
-            {"ID": key, "ORG_ID": org, "PARENT_ORGID": parent, "TREE_CODE": code,
-             "TREE_LEVEL": level}])
-
-    def take_out(self, org):
-        return self.peer.post(self.AFFILIATION, "deleteOrgAffiliation",
-                              [{"ORG_ID": org, "ENABLE_FLAG": "D"}])[0][0]
-
-    def test_those_below_follow_an_exchanged_organisation(self):
-        live = "FROM BAS_ORG_AFFILIATION WHERE ENABLE_FLAG <> 'D'"
-        standing = self.peer.query(f"SELECT ORG_ID, TREE_CODE {live}")
-        codes, inside = set(standing.column("TREE_CODE")), set(standing.column("ORG_ID"))
-        top = next(text for number in range(9999, 0, -1) if (text := f"{number:04}") not in codes)
-        one, below, other = [org for org in self.peer.query(self.ORGANISATIONS).column("ORG_ID")
-                             if org not in inside][:3]
-        code, answer = self.place(one, "", top, "1")[0]
-        self.assertEqual(code, "1")
-        self.assertEqual(self.place(below, one, top + "01", "2")[0][0], "1")
-        self.assertEqual(self.place(below, "", top, "1")[0][0], "-2")
-        self.assertEqual(self.place(other, one, top + "01", "2")[0][0], "-1")
-        self.assertEqual(self.take_out(one), "-1")
-        self.assertEqual(self.place(other, "", top, "1", answer["ID"]), [("1", answer)])
-        table = self.peer.query(f"SELECT PARENT_ORGID {live} AND ORG_ID = '{below}'")
-        self.assertEqual(table.rows, [[other]])
-        self.assertEqual([self.take_out(below), self.take_out(other), self.take_out(other),
-                          self.take_out("no-such-organisation")], ["1", "1", "1", "0"])
-
-
-class OverCbor(Contract, WithServer):
+class OverCbor(Contract, Methods, WithServer):
     media = peer.CBOR
 
 
-class OverJson(Contract, WithServer):
+class OverJson(Contract, Methods, WithServer):
     media = peer.JSON
 
 

@@ -178,6 +178,24 @@ private slots:
         QCOMPARE(screen.Tree().horizontalScrollBar()->maximum(), 0);
     }
 
+    void ListOffersMovingInAndOutInItsMenu()
+    {
+        Screen screen;
+        QStringList menu;
+        for (const QAction *action : screen.Grid().actions())
+            menu << action->objectName();
+        QCOMPARE(menu, QStringList({u"ActionNew"_s, u"ActionDelete"_s}));
+    }
+
+    void ForcedMoveInWithoutGroupsDoesNothingAndSaysNothing()
+    {
+        Screen screen;
+        auto *action = Child<QAction>(&screen.form, u"ActionNew"_s);
+        action->setEnabled(true);
+        action->trigger();
+        QVERIFY(screen.hook.Boxes().isEmpty());
+    }
+
     void ShowFocusesTheFilterAndQueriesNothing()
     {
         Screen screen;

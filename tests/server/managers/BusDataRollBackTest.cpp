@@ -169,6 +169,25 @@ private slots:
         QCOMPARE(site.Order(2), u"2/1/10.0"_s);
     }
 
+    void DeliveredLineBehindOthersKeepsThemAll()
+    {
+        Site site;
+        site.Connection().Run("UPDATE TRA_ORDER_ITEM SET STATE = '1' WHERE ORD_ITEM_ID = '12'");
+        QCOMPARE(site.Code(OrderOf(u"11"_s)), u"-1"_s);
+        QVERIFY(site.LiveLines().contains(u"11"_s));
+        QCOMPARE(site.Order(1), u"1/2/35.5"_s);
+        QCOMPARE(site.Logged(), 0);
+    }
+
+    void OrderKeepsWhatPricesBelowACentAddUpTo()
+    {
+        Site site;
+        site.Connection().Run("UPDATE TRA_ORDER_ITEM SET HIT_PRICE = 0.0345, ORD_QTY = 3"
+                              " WHERE ORD_ITEM_ID = '11'");
+        QCOMPARE(site.Code(Line(u"12"_s)), u"1"_s);
+        QCOMPARE(site.Order(1), u"1/1/0.1035"_s);
+    }
+
     void ReturnIsMarkedDeletedAndTheDeliveryStays()
     {
         Site site;

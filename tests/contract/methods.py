@@ -1,0 +1,233 @@
+"""What the page promises of single manager methods; a mix-in beside the general contract."""
+
+import uuid
+
+ADMIN = "com.business.admin."
+ROLLBACK = "com.business.rollback.BusDataRollBack"
+AFFILIATION = "com.business.basedata.OrgAffiliationManager"
+
+
+class Methods:
+    """Works in groups of its own; wants store(), group() and ORGANISATIONS of the contract."""
+
+    # Helpers
+
+    def codes(self, manager, method, rows):
+        return [code for code, _ in self.peer.post(manager, method, rows)]
+
+    def new_group(self):
+        return self.store(self.group())[0][1]["UNION_ID"]
+
+    def column(self, sql):
+        """The one column of the statement's rows."""
+        return [row[0] for row in self.peer.query(sql).rows]
+
+    def member_type(self, group, name, flag):
+        flags = {"BUYER_FLAG": "0", "SALER_FLAG": "0", "SENDER_FLAG": "0", "ADMIN_FLAG": "0"}
+        result = self.peer.post(ADMIN + "UniUnion", "insert_update_UniOrgType", [
+            {"ORG_TYPE_ID": "", "ORG_TYPE_NAME": name, "UNION_ID": group, "REMARK": "",
+             "LAST_OPERATE": "1", **flags, flag: "1"}])
+        self.assertEqual(result[0][0], "1")
+        return result[0][1]["ORG_TYPE_ID"]
+
+    def member(self, group, organisation, member_type):
+        row = {"UNION_ID": group, "ORG_ID": organisation, "ORG_TYPE_ID": member_type}
+        self.assertEqual(self.codes(ADMIN + "UniUnionOrg", "insert_update_UniUnionOrg", [row]), ["1"])
+        del row["ORG_TYPE_ID"]
+        self.addCleanup(self.peer.post, ADMIN + "UniUnionOrg", "delete_UniOrg", [row])
+
+    def quotation(self):
+        """A group with a seller, a buyer and two products in its catalogue: their ids."""
+        group = self.new_group()
+        seller, buyer = self.column("SELECT ORG_ID FROM BAS_ORG WHERE LAST_OPERATE <> 'D'"
+                                    " AND ENABLE_FLAG = '1' ORDER BY ORG_ID")[:2]
+        self.member(group, seller, self.member_type(group, "卖方", "SALER_FLAG"))
+        self.member(group, buyer, self.member_type(group, "买方", "BUYER_FLAG"))
+        products = self.products(group, 2)
+        self.move("move_in_Uni_Product", group, products)
+        return group, seller, buyer, products
+
+    def products(self, group, count):
+        """Products that may be moved into the group's catalogue."""
+        inside = set(self.peer.query("SELECT PRODUCT_ID FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                                     f" AND UNION_ID = '{group}'").column("PRODUCT_ID"))
+        offered = self.peer.query("SELECT PRODUCT_ID FROM BAS_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                                  " AND ENABLE_FLAG = '1' ORDER BY PRODUCT_ID").column("PRODUCT_ID")
+        return [product for product in offered if product not in inside][:count]
+
+    def move(self, method, group, products, key=None):
+        return self.peer.post(ADMIN + "Uni_Product", method, [
+            {"UNION_ID": group, "PRODUCT_ID": product} for product in products], key)
+
+    # Catalogues of groups
+
+    def test_each_move_has_its_own_code_and_product(self):
+        group = self.new_group()
+        first, second, third = self.products(group, 3)
+        self.assertEqual(self.move("move_in_Uni_Product", group, [second]),
+                         [("1", {"PRODUCT_ID": second})])
+        self.assertEqual(
+            self.move("move_in_Uni_Product", group, [first, second, "no-such-product", third]),
+            [("1", {"PRODUCT_ID": first}), ("-1", {"PRODUCT_ID": second}),
+             ("0", {"PRODUCT_ID": "no-such-product"}), ("1", {"PRODUCT_ID": third})])
+        live = self.peer.query("SELECT PRODUCT_ID FROM UNI_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                               f" AND UNION_ID = '{group}' ORDER BY PRODUCT_ID")
+        self.assertEqual(live.column("PRODUCT_ID"), [first, second, third])
+        for _ in range(2):  # what is out already is out
+            self.assertEqual(self.move("move_out_Uni_Product", group, [first, third]),
+                             [("1", {"PRODUCT_ID": first}), ("1", {"PRODUCT_ID": third})])
+        log = self.peer.query("SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME = 'UNI_PRODUCT'"
+                              f" AND KEY_ID1 = '{group}' AND KEY_ID2 = '{first}' ORDER BY LOG_ID")
+        self.assertEqual(sorted(log.column("OPTION_TYPE")), ["1", "5"])
+
+    def test_moves_with_the_same_key_take_effect_once(self):
+        group = self.new_group()
+        products, key = self.products(group, 2), str(uuid.uuid4())
+        first = self.move("move_in_Uni_Product", group, products, key)
+        self.assertEqual(first, [("1", {"PRODUCT_ID": product}) for product in products])
+        self.assertEqual(self.move("move_in_Uni_Product", group, products, key), first)
+        self.assertEqual([code for code, _ in self.move("move_in_Uni_Product", group, products)],
+                         ["-1", "-1"])
+
+    # Users of groups
+
+    def test_each_assignment_has_its_own_code_and_user(self):
+        group = self.new_group()
+        users = self.column("SELECT A.USER_ID FROM USR_USER A, BAS_ORG B WHERE A.ORG_ID = B.ORG_ID"
+                            " AND A.ENABLE_FLAG = '1' AND A.LAST_OPERATE <> 'D'"
+                            " AND B.ENABLE_FLAG = '1' AND B.LAST_OPERATE <> 'D'"
+                            " ORDER BY A.USER_ID")[:2]
+        rows = [{"USER_ID": user, "UNION_ID": group} for user in [users[0], "no-such", users[1]]]
+        answer = [("1", {"USER_ID": users[0]}), ("0", {"USER_ID": "no-such"}),
+                  ("1", {"USER_ID": users[1]})]
+        live = ("SELECT USER_ID FROM UNI_USER_UNION WHERE LAST_OPERATE <> 'D'"
+                f" AND UNION_ID = '{group}' ORDER BY USER_ID")
+        for method, left in (("insertUniUser", users), ("deleteUniUser", [])):
+            for _ in range(2):  # what is asked for and stands already is "1", too
+                self.assertEqual(self.peer.post(ADMIN + "UniUser", method, rows), answer)
+                self.assertEqual(self.column(live), left)
+
+    # Prices
+
+    def price(self, quotation, product, price, **more):
+        group, seller = quotation[:2]
+        row = {"PRICE_ID": "", "UNION_ID": group, "SALE_ORGID": seller, "SEND_ORGID": seller,
+               "PRODUCT_ID": product, "COST_PRICE": price, "LAST_OPERATE": "1"}
+        row.update({f"PRICE_0{slot}": price for slot in range(1, 10)})
+        return {**row, **more}
+
+    def test_every_price_answers_its_product_and_key(self):
+        quotation = self.quotation()
+        products = quotation[3]
+        rows = [self.price(quotation, product, price)
+                for product, price in zip(products, ("12.345", ""))]
+        first = self.peer.post(ADMIN + "UniPrice", "insertUpdatePrcUniPriceProduct", rows)
+        for (code, values), product in zip(first, products):
+            self.assertEqual((code, set(values)), ("1", {"PRODUCT_ID", "PRICE_ID"}))
+            self.assertEqual(values["PRODUCT_ID"], product)
+            stored = self.peer.query("SELECT PRODUCT_ID, COST_PRICE, PRICE_09 FROM"
+                                     " PRC_UNI_PRICE_PRODUCT WHERE LAST_OPERATE <> 'D'"
+                                     f" AND PRICE_ID = '{values['PRICE_ID']}'")
+            price = "12.345" if product == products[0] else None
+            self.assertEqual(stored.rows, [[product, price, price]])
+        # Whether the client knows the key or not, the record is the same.
+        key = first[0][1]["PRICE_ID"]
+        for known in ("", key):
+            again = [self.price(quotation, products[0], "9", PRICE_ID=known)]
+            self.assertEqual(self.peer.post(ADMIN + "UniPrice", "insertUpdatePrcUniPriceProduct",
+                                            again), first[:1])
+        deletion = [self.price(quotation, products[0], "", PRICE_ID=key, LAST_OPERATE="D")]
+        self.assertEqual(self.codes(ADMIN + "UniPrice", "insertUpdatePrcUniPriceProduct", deletion),
+                         ["1"])
+
+    def test_prices_are_stored_together_or_not_at_all(self):
+        quotation = self.quotation()
+        good, other = quotation[3]
+        for bad in (self.price(quotation, other, "-1"), self.price(quotation, other, "100000000"),
+                    self.price(quotation, other, "x"), self.price(quotation, "no-such", "1"),
+                    self.price(quotation, other, "1", SALE_ORGID=quotation[2])):
+            self.assertEqual(self.codes(ADMIN + "UniPrice", "insertUpdatePrcUniPriceProduct",
+                                        [self.price(quotation, good, "1"), bad]), ["0", "0"])
+        self.assertEqual(self.column("SELECT PRICE_ID FROM PRC_UNI_PRICE_PRODUCT"
+                                     f" WHERE UNION_ID = '{quotation[0]}'"), [])
+
+    def price_type(self, quotation, slot, name, **more):
+        return {"PRICE_TYPE_ID": "", "UNION_ID": quotation[0], "SALE_ORGID": quotation[1],
+                "PRICE_NAME": name, "PRICE_FIELD": slot, "ENABLE_FLAG": "1", "LAST_OPERATE": "1",
+                **more}
+
+    def test_a_slot_has_one_type_and_an_assigned_type_is_not_deleted(self):
+        quotation = self.quotation()
+        group, seller, buyer, _ = quotation
+        manager, save = ADMIN + "UniPrice", "insertUpdatePrcUniPriceType"
+        stored = self.peer.post(manager, save, [self.price_type(quotation, "01", "一级"),
+                                                self.price_type(quotation, "02", "二级")])
+        self.assertEqual([code for code, _ in stored], ["1", "1"])
+        first, second = [values["PRICE_TYPE_ID"] for _, values in stored]
+        self.assertEqual(self.codes(manager, save, [self.price_type(quotation, "03", "三级"),
+                                                    self.price_type(quotation, "01", "又")]),
+                         ["-1", "-1"])
+        self.assertEqual(self.codes(manager, save, [self.price_type(quotation, "10", "十级")]), ["0"])
+
+        def assign(price_type):
+            return self.codes(manager, "insertUpdatePrcUniPriceOrg", [
+                {"BUY_ORGID": buyer, "SALE_ORGID": seller, "UNION_ID": group,
+                 "PRICE_TYPE_ID": price_type}])
+
+        def delete(price_type, slot):
+            return self.codes(manager, save, [self.price_type(
+                quotation, slot, "删除", PRICE_TYPE_ID=price_type, LAST_OPERATE="D")])
+
+        self.assertEqual(assign("no-such"), ["0"])
+        self.assertEqual(assign(first), ["1"])
+        self.assertEqual(delete(first, "01"), ["-1"])
+        self.assertEqual(delete(second, "02"), ["1"])
+        self.assertEqual(assign(second), ["0"])
+        self.assertEqual(assign(""), ["1"])
+        self.assertEqual(delete(first, "01"), ["1"])
+
+    # Rollbacks
+
+    def test_what_is_not_there_is_not_rolled_back(self):
+        for method, row in (("DataRollBack", {"ORD_ITEM_ID": "no-such", "ALL_FLAG": "0"}),
+                            ("DataRollBack", {"ORD_ITEM_ID": "no-such", "ALL_FLAG": "1"}),
+                            ("ReturnRollBack", {"RETURN_ID": "no-such"}),
+                            ("ReceiveRollBack", {"SEND_ID": "no-such"})):
+            with self.subTest(method=method, row=row):
+                self.assertEqual(self.peer.post(ROLLBACK, method, [row]), [("0", {})])
+
+    def test_an_order_is_rolled_back_whole_or_not(self):
+        for row in ({"ORD_ITEM_ID": "1", "ALL_FLAG": "2"}, {"ORD_ITEM_ID": "1", "ALL_FLAG": ""},
+                    {"ORD_ITEM_ID": "1"}):
+            with self.subTest(row=row):
+                self.refusal(400, "post.bad_row", self.peer.post, ROLLBACK, "DataRollBack", [row])
+
+    # The affiliation
+
+    def place(self, org, parent, code, level, key=""):
+        return self.peer.post(AFFILIATION, "insertUpdateOrgAffiliation", [
+            {"ID": key, "ORG_ID": org, "PARENT_ORGID": parent, "TREE_CODE": code,
+             "TREE_LEVEL": level}])
+
+    def take_out(self, org):
+        return self.peer.post(AFFILIATION, "deleteOrgAffiliation",
+                              [{"ORG_ID": org, "ENABLE_FLAG": "D"}])[0][0]
+
+    def test_those_below_follow_an_exchanged_organisation(self):
+        live = "FROM BAS_ORG_AFFILIATION WHERE ENABLE_FLAG <> 'D'"
+        standing = self.peer.query(f"SELECT ORG_ID, TREE_CODE {live}")
+        codes, inside = set(standing.column("TREE_CODE")), set(standing.column("ORG_ID"))
+        top = next(text for number in range(9999, 0, -1) if (text := f"{number:04}") not in codes)
+        one, below, other = [org for org in self.peer.query(self.ORGANISATIONS).column("ORG_ID")
+                             if org not in inside][:3]
+        code, answer = self.place(one, "", top, "1")[0]
+        self.assertEqual(code, "1")
+        self.assertEqual(self.place(below, one, top + "01", "2")[0][0], "1")
+        self.assertEqual(self.place(below, "", top, "1")[0][0], "-2")
+        self.assertEqual(self.place(other, one, top + "01", "2")[0][0], "-1")
+        self.assertEqual(self.take_out(one), "-1")
+        self.assertEqual(self.place(other, "", top, "1", answer["ID"]), [("1", answer)])
+        table = self.peer.query(f"SELECT PARENT_ORGID {live} AND ORG_ID = '{below}'")
+        self.assertEqual(table.rows, [[other]])
+        self.assertEqual([self.take_out(below), self.take_out(other), self.take_out(other),
+                          self.take_out("no-such-organisation")], ["1", "1", "1", "0"])
