@@ -1,13 +1,10 @@
+#include "e2e/Hands.h"
 #include "e2e/Site.h"
-#include "support/ScreenDriver.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QLineEdit>
 #include <QTabWidget>
-#include <QTableView>
 #include <QTest>
 #include <QTreeView>
 
@@ -18,66 +15,6 @@ namespace {
 
 const QString TheGroup =
     u"(SELECT UNION_ID FROM UNI_UNION WHERE UNION_NAME='西北地区采购联合体')"_s;
-
-QTableView &Grid(QWidget *dialog, const QString &name)
-{
-    return *Child<QTableView>(dialog, name);
-}
-
-QModelIndex Cell(const QTableView &grid, int row, const QString &caption)
-{
-    for (int column = 0; column < grid.model()->columnCount(); ++column) {
-        if (grid.model()->headerData(column, Qt::Horizontal) == caption)
-            return grid.model()->index(row, column);
-    }
-    FailTest(u"no column "_s + caption);
-}
-
-void ClickCell(QTableView &grid, int row, const QString &caption)
-{
-    const QModelIndex cell = Cell(grid, row, caption);
-    grid.scrollTo(cell);
-    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
-}
-
-/// The editor of a cell takes its leave in the event loop.
-void LetEditorGo()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
-/// Opens the cell's drop-down and takes the choice after the present one.
-void ChooseInCell(QTableView &grid, int row, const QString &caption)
-{
-    grid.setCurrentIndex(Cell(grid, row, caption));
-    grid.edit(Cell(grid, row, caption));
-    Press(Child<QComboBox>(grid.viewport(), QString()), Qt::Key_Down);
-    LetEditorGo();
-}
-
-/// Does what brings up a message box and presses one of its buttons. The text it had.
-QString Answer(const QString &button, const std::function<void()> &action)
-{
-    QString text;
-    ModalVisitor box([&](QWidget *shown) {
-        text = shown->property("text").toString();
-        Click(Child<QAbstractButton>(shown, button));
-    });
-    action();
-    if (!box.Visited())
-        FailTest(u"no message box"_s);
-    return text;
-}
-
-/// Opens a dialog with an action of `screen`, and is inside it meanwhile.
-void InDialog(QWidget *screen, const QString &action, const std::function<void(QWidget *)> &visit)
-{
-    ModalVisitor dialog(visit);
-    Trigger(screen, action);
-    if (!dialog.Visited())
-        FailTest(u"no dialog after "_s + action);
-}
 
 /// The first organisation that an organisation picker finds with a text in its name.
 void PickOrganisation(QWidget *dialog, const QString &edit, const QString &text)
@@ -166,7 +103,7 @@ QStringList MoveProducts(QWidget *screen)
         };
         moveIn(u"阿莫西林"_s, 3);
         QCOMPARE(in.model()->rowCount(), 3);
-        const QString serial = Cell(in, 0, u"编码"_s).data().toString();
+        const QString serial = Text(in, 0, u"编码"_s);
         ClickCell(in, 0, u"选择"_s);
         QCOMPARE(Answer(u"Yes"_s, [&] { Trigger(dialog, u"ActionDelete"_s); }),
                  u"是否真的要移出 1 条记录！"_s);
@@ -174,14 +111,13 @@ QStringList MoveProducts(QWidget *screen)
         moveIn(serial, 1);
         QCOMPARE(in.model()->rowCount(), 3);
         for (int row = 0; row < 3; ++row) {
-            if (Cell(in, row, u"编码"_s).data() == serial)
+            if (Text(in, row, u"编码"_s) == serial)
                 in.setCurrentIndex(Cell(in, row, u"编码"_s));
         }
         InDialog(dialog, u"ActionLog"_s, [&](QWidget *viewer) {
             const QTableView &log = *viewer->findChild<QTableView *>();
             for (int row = 0; row < log.model()->rowCount(); ++row)
-                history << Cell(log, row, u"操作人姓名"_s).data().toString() + u'/' +
-                               Cell(log, row, u"操作类型"_s).data().toString();
+                history << Text(log, row, u"操作人姓名"_s) + u'/' + Text(log, row, u"操作类型"_s);
             Click(viewer, u"BtnClose"_s);
         });
         Trigger(dialog, u"ActionCloseIn"_s);

@@ -3,6 +3,9 @@
 #include "host/Session.h"
 #include "support/ScreenDriver.h"
 
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <sqlite3.h>
@@ -14,6 +17,10 @@ namespace Qel::Test {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString TheColleague =
+    u"FROM USR_USER WHERE USER_ID = (SELECT MIN(USER_ID) FROM USR_USER WHERE USER_CODE <> 'admin'"
+    " AND ENABLE_FLAG = '1' AND LAST_OPERATE <> 'D')"_s;
 
 /// The library stays loaded until the process ends, as in a host.
 Host::Plugin &Library()
@@ -53,9 +60,9 @@ void Site::StartServer()
     server_->setProcessEnvironment(environment);
     server_->setStandardErrorFile(folder_.filePath(u"server.log"_s), QIODevice::Append);
     server_->start(QStringLiteral(QEL_SERVER_PROGRAM),
-                   {u"--database"_s, u"sqlite:"_s + folder_.filePath(u"site.sqlite"_s), u"--demo"_s,
-                    u"--listen"_s, u"127.0.0.1:%1"_s.arg(port_), u"--operator"_s, u"admin"_s,
-                    u"--exit-with-parent"_s});
+                   DatabaseArguments() + QStringList{u"--demo"_s, u"--listen"_s,
+                                                     u"127.0.0.1:%1"_s.arg(port_), u"--operator"_s,
+                                                     u"admin"_s, u"--exit-with-parent"_s});
     QTRY_VERIFY_WITH_TIMEOUT(server_->canReadLine(), 30'000);
     port_ = QUrl(QString::fromLatin1(server_->readLine().trimmed()).section(u' ', -1)).port();
 }
@@ -83,12 +90,28 @@ QWidget *Site::OpenScreen(const QString &code)
     return screen;
 }
 
+QStringList Site::DatabaseArguments() const
+{
+    return {u"--database"_s, u"sqlite:"_s + folder_.filePath(u"site.sqlite"_s)};
+}
+
 QStringList Site::Select(const QString &sql) const
+{
+    return Run(sql, SQLITE_OPEN_READONLY);
+}
+
+void Site::Change(const QString &sql) const
+{
+    Run(sql, SQLITE_OPEN_READWRITE);
+}
+
+QStringList Site::Run(const QString &sql, int mode) const
 {
     sqlite3 *database = nullptr;
     const QByteArray file = folder_.filePath(u"site.sqlite"_s).toUtf8();
-    if (sqlite3_open_v2(file.constData(), &database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK)
+    if (sqlite3_open_v2(file.constData(), &database, mode, nullptr) != SQLITE_OK)
         FailTest(u"cannot open the site's database"_s);
+    sqlite3_busy_timeout(database, 10'000);
     QStringList values;
     const auto collect = [](void *list, int, char **columns, char **) {
         static_cast<QStringList *>(list)->append(QString::fromUtf8(columns[0]));
@@ -102,6 +125,46 @@ QStringList Site::Select(const QString &sql) const
     if (!said.isEmpty())
         FailTest(said);
     return values;
+}
+
+// --- The other operator
+// ----------------------------------------------------------------------------
+
+QString Site::Colleague() const
+{
+    return Select(u"SELECT USER_NAME "_s + TheColleague).value(0);
+}
+
+void Site::SignColleagueIn()
+{
+    if (!colleagueCode_.isEmpty())
+        return;
+    colleagueCode_ = Select(u"SELECT USER_CODE "_s + TheColleague).value(0);
+    QProcess program;
+    program.start(QStringLiteral(QEL_SERVER_PROGRAM),
+                  DatabaseArguments() + QStringList{u"--set-token"_s, colleagueCode_});
+    program.write(token_.toLatin1() + '\n');
+    program.closeWriteChannel();
+    program.waitForFinished();
+    if (program.exitCode() != 0)
+        FailTest(QString::fromUtf8(program.readAllStandardError()));
+}
+
+QString Site::PostAsColleague(const QString &manager, const QString &method,
+                              const Wire::NamedValues &row)
+{
+    SignColleagueIn();
+    QNetworkRequest request(QUrl(u"http://127.0.0.1:%1/NorvaneServlet"_s.arg(port_)));
+    request.setRawHeader("Content-Type", Wire::JsonType);
+    request.setRawHeader("Authorization",
+                         "Basic " + (colleagueCode_ + u':' + token_).toUtf8().toBase64());
+    QNetworkAccessManager network;
+    const std::unique_ptr<QNetworkReply> reply(network.post(
+        request, Wire::Encode(Wire::PostRequest{manager, method, {row}}, Wire::Format::Json)));
+    QSignalSpy finished(reply.get(), &QNetworkReply::finished);
+    if (!finished.wait(10'000) || reply->error() != QNetworkReply::NoError)
+        FailTest(reply->errorString());
+    return Wire::DecodePostAnswer(reply->readAll(), Wire::Format::Json).rows.value(0).code;
 }
 
 } // namespace Qel::Test

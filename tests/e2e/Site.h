@@ -2,6 +2,7 @@
 
 #include "host/MainWindow.h"
 #include "host/Plugin.h"
+#include "wire/Wire.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -28,11 +29,22 @@ public:
 
     /// The first column of every row that the database file gives now, NULL as an empty text.
     QStringList Select(const QString &sql) const;
+    /// What another program of the site does to the database meanwhile.
+    void Change(const QString &sql) const;
+    /// What another operator posts meanwhile from a client of their own: the first code.
+    QString PostAsColleague(const QString &manager, const QString &method,
+                            const Wire::NamedValues &row);
+    QString Colleague() const; ///< that operator's USER_NAME
 
 private:
+    QStringList Run(const QString &sql, int mode) const;
+    QStringList DatabaseArguments() const;
+    void SignColleagueIn();
+
     QTemporaryDir folder_;
     QString token_;
     quint16 port_ = 0;
+    QString colleagueCode_; ///< empty until they are needed
     std::unique_ptr<QProcess> server_;
     std::unique_ptr<Host::MainWindow> window_;
 };
