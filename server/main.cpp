@@ -31,7 +31,7 @@ void Prepare(Store::Database &database, const Options &options)
     if (!Store::HasSchema(*connection))
         Store::CreateSchema(*connection);
     if (options.demo && !connection->Exists("SELECT 1 FROM USR_USER"))
-        Demo::Fill(*connection);
+        Demo::Fill(*connection, QDate::currentDate());
 }
 
 QByteArray FirstInputLine()

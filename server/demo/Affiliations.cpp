@@ -144,10 +144,9 @@ private:
                         u"ENABLE_FLAG"_s});
         const auto add = [&rows](const Place &place, State state) {
             const auto level = (place.code.size() - TopCodeDigits) / CodeDigitsPerLevel + 1;
-            rows.Add({MakeId(IdSeries::Affiliation, static_cast<qsizetype>(rows.Rows().size())),
-                      place.organisation->id, place.superior ? place.superior->id : QString(),
-                      place.code, QString::number(level),
-                      state == State::Deleted ? u"D"_s : u"1"_s},
+            rows.Add({MakeId(IdSeries::Affiliation, rows.Count()), place.organisation->id,
+                      place.superior ? place.superior->id : QString(), place.code,
+                      QString::number(level), state == State::Deleted ? u"D"_s : u"1"_s},
                      state);
         };
         for (const Place &place : places_)

@@ -25,8 +25,7 @@ constexpr std::array<Size, 4> SizeOfLevel{{{1500, 3000}, {700, 1300}, {400, 700}
 constexpr int PartOfParent = 80; ///< percent
 constexpr int RemovedEvery = 80; ///< one row of so many more has been moved out again
 
-constexpr int ProductsPerPost = 200;      ///< as many as the largest page of candidates
-constexpr OfficeTime PostTakes = 10 * 60; ///< seconds from one page to the next
+constexpr PagePace Pace{200, 10 * 60}; ///< the largest page of candidates
 
 /// What happened to a product of a catalogue, and the status in which it is now.
 struct Course
@@ -86,10 +85,9 @@ TableRows CatalogueRows(const std::vector<Group> &groups, const QStringList &pro
         for (const QString &product : entered) {
             const bool removed = !keptKeys.contains(product);
             const Course &course = removed ? Removed : Draw(random);
-            const Stamp last = history.Note({rows.Table(), group.id, product}, group.id,
-                                            history.Begin(Phase::Catalogue, group.id) +
-                                                number++ / ProductsPerPost * PostTakes,
-                                            course.changes);
+            const Stamp last = history.Note(
+                {rows.Table(), group.id, product}, group.id,
+                history.Begin(Phase::Catalogue, group.id) + Pace.After(number++), course.changes);
             rows.Add({group.id, product, course.enableFlag}, last,
                      removed ? State::Deleted : State::Live);
         }

@@ -2,6 +2,7 @@
 
 #include "demo/Affiliations.h"
 #include "demo/Catalogues.h"
+#include "demo/Deliveries.h"
 #include "demo/Groups.h"
 #include "demo/History.h"
 #include "demo/Memberships.h"
@@ -10,6 +11,8 @@
 #include "demo/Regions.h"
 #include "demo/Rules.h"
 #include "demo/Users.h"
+
+#include "store/Schema.h"
 
 #include <algorithm>
 
@@ -27,10 +30,20 @@ struct CountedTable
 
 /// The tables whose keys are counted, with the series that SRV_SEQUENCE goes on with.
 constexpr CountedTable CountedTables[] = {
-    {u"BAS_REGION", IdSeries::Region},       {u"BAS_ORG", IdSeries::Organisation},
-    {u"UNI_UNION", IdSeries::Group},         {u"UNI_ORG_TYPE", IdSeries::MemberType},
-    {u"BAS_PRODUCT", IdSeries::Product},     {u"USR_USER", IdSeries::User},
-    {u"SYS_UPDATE_LOG", IdSeries::LogEntry}, {u"BAS_ORG_AFFILIATION", IdSeries::Affiliation},
+    {u"BAS_REGION", IdSeries::Region},
+    {u"BAS_ORG", IdSeries::Organisation},
+    {u"UNI_UNION", IdSeries::Group},
+    {u"UNI_ORG_TYPE", IdSeries::MemberType},
+    {u"BAS_PRODUCT", IdSeries::Product},
+    {u"USR_USER", IdSeries::User},
+    {u"SYS_UPDATE_LOG", IdSeries::LogEntry},
+    {u"PRC_UNI_PRICE_TYPE", IdSeries::PriceType},
+    {u"PRC_UNI_PRICE_PRODUCT", IdSeries::Price},
+    {u"TRA_ORDER", IdSeries::Order},
+    {u"TRA_ORDER_ITEM", IdSeries::OrderLine},
+    {u"TRA_SEND", IdSeries::Delivery},
+    {u"TRA_RETURN", IdSeries::Return},
+    {u"BAS_ORG_AFFILIATION", IdSeries::Affiliation},
 };
 
 void StoreSequences(Store::Connection &connection, const std::vector<TableRows> &tables)
@@ -40,10 +53,8 @@ void StoreSequences(Store::Connection &connection, const std::vector<TableRows> 
         const auto rows = std::find_if(tables.begin(), tables.end(), [&](const TableRows &table) {
             return table.Table() == name;
         });
-        connection.Run(
-            "INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES (?1, ?2)",
-            {name,
-             MakeId(counted.series, static_cast<qsizetype>(rows->Rows().size())).toLongLong()});
+        connection.Run("INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES (?1, ?2)",
+                       {name, MakeId(counted.series, rows->Count()).toLongLong()});
     }
 }
 
@@ -57,9 +68,22 @@ std::vector<Organisation> Sellers(std::vector<Organisation> organisations)
     return organisations;
 }
 
+/// The trade begins when all prices are entered.
+constexpr OfficeTime FirstTradeDay = 155;
+
+OfficeTime EndOfTrade(QDate today)
+{
+    return std::max(LastMorningBefore(today) + OfficeDay, FirstTradeDay * OfficeDay + TradeTime);
+}
+
+void AddTables(std::vector<TableRows> &tables, std::vector<TableRows> more)
+{
+    std::move(more.begin(), more.end(), std::back_inserter(tables));
+}
+
 } // namespace
 
-std::vector<TableRows> MakeRows()
+std::vector<TableRows> MakeRows(QDate today)
 {
     const Initials initials;
     const Regions regions;
@@ -73,15 +97,15 @@ std::vector<TableRows> MakeRows()
     const std::vector<Group> groups = MakeGroups(plans, organisations);
     const Members members = MakeMembers(groups, organisations);
     const std::vector<User> users = MakeUsers(organisations, initials);
-    TableRows products = ProductRows(organisations, initials);
-    const QStringList productIds = products.LiveKeys();
     History history(groups, users);
     std::vector<TableRows> tables;
     tables.push_back(regions.Rows());
     tables.push_back(OrganisationRows(u"BAS_ORG"_s, organisations, initials));
     tables.push_back(OrganisationRows(u"CAT_ORG"_s, Sellers(organisations), initials));
     tables.push_back(AffiliationRows(organisations, focus));
-    tables.push_back(std::move(products));
+    const std::size_t products = tables.size();
+    tables.push_back(ProductRows(organisations, initials));
+    const QStringList productIds = tables.back().LiveKeys();
     tables.push_back(UserRows(users));
     tables.push_back(GroupRows(groups, regions, history));
     tables.push_back(MemberTypeRows(members.types, history));
@@ -89,16 +113,27 @@ std::vector<TableRows> MakeRows()
     tables.push_back(AssignmentRows(users, groups, members.memberships, history));
     tables.push_back(RuleRows(groups, members.memberships, history));
     tables.push_back(CatalogueRows(groups, productIds, history));
+    const std::vector<Quotation> quotations =
+        MakeQuotations(groups, members, tables[products], tables.back());
+    AddTables(tables, QuotationRows(quotations, history));
+    const Clerks clerks(users);
+    const OfficeTime end = EndOfTrade(today);
+    std::vector<Order> orders = MakeOrders(quotations, clerks, end, history);
+    std::vector<TableRows> deliveries = DeliveryRows(orders, clerks, end, history);
+    AddTables(tables, OrderRows(orders));
+    AddTables(tables, std::move(deliveries));
     tables.push_back(history.Rows()); // the others have made it
     return tables;
 }
 
-void Fill(Store::Connection &connection)
+void Fill(Store::Connection &connection, QDate today)
 {
-    const std::vector<TableRows> tables = MakeRows();
+    const std::vector<TableRows> tables = MakeRows(today);
     Store::Transaction transaction(connection);
+    Store::DropIndexes(connection);
     for (const TableRows &table : tables)
         table.Store(connection);
+    Store::CreateIndexes(connection);
     StoreSequences(connection, tables);
     transaction.Commit();
 }

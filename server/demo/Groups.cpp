@@ -14,7 +14,7 @@ namespace {
 
 constexpr qsizetype TopCodeDigits = 4;
 constexpr qsizetype CodeDigitsPerLevel = 2;
-constexpr std::size_t ChangedEvery = 4; ///< one group of so many was changed after its founding
+constexpr qsizetype ChangedEvery = 4; ///< one group of so many was changed after its founding
 
 /// Groups of the health bureaus are led by the province's purchasing centre, the others by a
 /// hospital of their region.
@@ -76,7 +76,7 @@ TableRows GroupRows(const std::vector<Group> &groups, const Regions &regions, Hi
     for (const Group &group : groups) {
         const Region &region = regions.ByCode(group.region);
         const bool changed =
-            group.state == State::Live && rows.Rows().size() % ChangedEvery == ChangedEvery - 1;
+            group.state == State::Live && rows.Count() % ChangedEvery == ChangedEvery - 1;
         const Stamp last = history.Note(
             {rows.Table(), group.id, {}}, group.id, history.Begin(Phase::Founding, group.id),
             changed ? QList{Change::Insert, Change::Modify} : LifeOf(group.state));

@@ -18,13 +18,14 @@ struct PhasePlan
 };
 
 /// In the order of Phase. Master data are imported on the first day.
-constexpr std::array<PhasePlan, 6> Plans{{
+constexpr std::array<PhasePlan, 7> Plans{{
     {10 * OfficeDay, OfficeDay / 16},
     {15 * OfficeDay, OfficeDay / 16},
     {20 * OfficeDay, OfficeDay / 16},
     {25 * OfficeDay, OfficeDay / 2},
     {60 * OfficeDay, OfficeDay / 8},
     {70 * OfficeDay, OfficeDay},
+    {75 * OfficeDay, OfficeDay},
 }};
 
 } // namespace
@@ -86,10 +87,9 @@ TableRows History::Rows() const
                    TableRows::Audit::None);
     const QString live = u"1"_s;
     for (const Entry *entry : order)
-        rows.AddPlain({MakeId(IdSeries::LogEntry, static_cast<qsizetype>(rows.Rows().size())),
-                       entry->record.table, entry->record.key1, entry->record.key2,
-                       entry->stamp.userId, entry->stamp.userName,
-                       QString::number(static_cast<int>(entry->change)),
+        rows.AddPlain({MakeId(IdSeries::LogEntry, rows.Count()), entry->record.table,
+                       entry->record.key1, entry->record.key2, entry->stamp.userId,
+                       entry->stamp.userName, QString::number(static_cast<int>(entry->change)),
                        OfficeTimeText(entry->stamp.time), live});
     return rows;
 }

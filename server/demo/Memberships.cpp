@@ -17,9 +17,8 @@ namespace {
 constexpr std::array<int, 4> MembersOfLevel{120, 80, 48, 32};
 constexpr int BuyerPercent = 55; ///< at most, where the region has so many
 
-constexpr int ChangedEvery = 15;          ///< one member of so many got another type later
-constexpr int MembersPerPost = 50;        ///< as many as a page of candidates
-constexpr OfficeTime PostTakes = 15 * 60; ///< seconds from one page to the next
+constexpr int ChangedEvery = 15;      ///< one member of so many got another type later
+constexpr PagePace Pace{50, 15 * 60}; ///< a page of candidates
 
 bool IsBuyer(const Organisation &organisation)
 {
@@ -145,7 +144,7 @@ TableRows MembershipRows(const std::vector<Membership> &memberships, History &hi
             membership.state == State::Live && number % ChangedEvery == ChangedEvery - 1;
         const Stamp last = history.Note(
             {rows.Table(), membership.groupId, organisation}, membership.groupId,
-            history.Begin(Phase::Members, membership.groupId) + number / MembersPerPost * PostTakes,
+            history.Begin(Phase::Members, membership.groupId) + Pace.After(number),
             changed ? QList{Change::Insert, Change::Modify} : LifeOf(membership.state));
         rows.Add({membership.groupId, organisation, membership.memberTypeId}, last,
                  membership.state);

@@ -59,11 +59,6 @@ struct Product
     }
 };
 
-QString Yuan(int fen)
-{
-    return QString::number(fen / 100) + u'.' + Padded(fen % 100, 2);
-}
-
 class Maker
 {
 public:
@@ -171,7 +166,7 @@ private:
     {
         const Drug &drug = *product.drug;
         const Form &form = *drug.form;
-        const auto index = static_cast<qsizetype>(rows_.Rows().size());
+        const qsizetype index = rows_.Count();
         const int fen = drug.pieceFen * product.pack.toInt() * random_.Between(80, 125) / 100;
         rows_.Add({MakeId(IdSeries::Product, index),
                    (drug.herb ? u"ZY"_s : u"YP"_s) + Padded(index + 1, 6),

@@ -9,6 +9,7 @@ namespace {
 constexpr OfficeTime ImportSeconds = 3; ///< so long takes a row of the master data
 const QStringList AuditColumns{u"LAST_OPERATE"_s, u"LAST_USER"_s, u"LAST_USER_ID"_s,
                                u"LAST_UPDATE"_s};
+const QString Live = u"1"_s;
 const QString Deleted = u"D"_s;
 
 } // namespace
@@ -23,6 +24,18 @@ QString Padded(qsizetype number, int digits)
     return QString::number(number).rightJustified(digits, u'0');
 }
 
+QString FlagText(bool flag)
+{
+    static const QString yes = u"1"_s;
+    static const QString no = u"0"_s;
+    return flag ? yes : no;
+}
+
+QString Yuan(qint64 fen)
+{
+    return QString::number(fen / 100) + u'.' + Padded(fen % 100, 2);
+}
+
 TableRows::TableRows(QString table, QStringList columns, Audit audit)
     : table_(std::move(table))
     , columns_(std::move(columns))
@@ -31,34 +44,48 @@ TableRows::TableRows(QString table, QStringList columns, Audit audit)
         columns_ += AuditColumns;
 }
 
-void TableRows::Add(QStringList values, State state)
+void TableRows::Add(const QStringList &values, State state)
 {
     const Stamp import{MakeId(IdSeries::User, 0), AdminUserName.toString(),
-                       static_cast<qsizetype>(rows_.size()) * ImportSeconds};
-    Add(std::move(values), import, state);
+                       Count() * ImportSeconds};
+    Add(values, import, state);
 }
 
-void TableRows::Add(QStringList values, const Stamp &last, State state)
+void TableRows::Add(const QStringList &values, const Stamp &last, State state)
 {
-    values += {state == State::Deleted ? Deleted : u"1"_s, last.userName, last.userId,
-               OfficeTimeText(last.time)};
-    AddPlain(std::move(values));
+    Append(values);
+    Append({state == State::Deleted ? Deleted : Live, last.userName, last.userId,
+            OfficeTimeText(last.time)});
+    Q_ASSERT(static_cast<qsizetype>(ends_.size()) % columns_.size() == 0);
 }
 
-void TableRows::AddPlain(QStringList values)
+void TableRows::AddPlain(const QStringList &values)
 {
     Q_ASSERT(values.size() == columns_.size());
-    rows_.push_back(std::move(values));
+    Append(values);
+}
+
+QString TableRows::Text(qsizetype row, qsizetype place) const
+{
+    return QString::fromUtf8(Bytes(row * columns_.size() + place));
+}
+
+QList<qsizetype> TableRows::LiveRows() const
+{
+    const qsizetype operation = Place(AuditColumns.front());
+    QList<qsizetype> rows;
+    for (qsizetype row = 0; row < Count(); ++row) {
+        if (Text(row, operation) != Deleted)
+            rows += row;
+    }
+    return rows;
 }
 
 QStringList TableRows::LiveKeys() const
 {
-    const qsizetype operation = columns_.indexOf(AuditColumns.front());
     QStringList keys;
-    for (const QStringList &row : rows_) {
-        if (row[operation] != Deleted)
-            keys += row.front();
-    }
+    for (const qsizetype row : LiveRows())
+        keys += Text(row, 0);
     return keys;
 }
 
@@ -71,16 +98,28 @@ void TableRows::Store(Store::Connection &connection) const
         connection.Prepare(u"INSERT INTO %1 (%2) VALUES (%3)"_s
                                .arg(table_, columns_.join(u", "_s), places.join(u", "_s))
                                .toUtf8());
-    for (const QStringList &row : rows_) {
-        for (int column = 0; column < row.size(); ++column) {
-            if (row[column].isEmpty())
-                statement->BindNull(column + 1);
-            else
-                statement->Bind(column + 1, row[column]);
-        }
+    const auto width = static_cast<int>(columns_.size());
+    for (qsizetype row = 0; row < Count(); ++row) {
+        for (int column = 0; column < width; ++column)
+            statement->Bind(column + 1, Bytes(row * width + column));
         statement->Step();
         statement->Reset();
     }
+}
+
+void TableRows::Append(const QStringList &values)
+{
+    for (const QString &value : values) {
+        bytes_ += value.toUtf8();
+        ends_.push_back(bytes_.size());
+    }
+}
+
+QByteArrayView TableRows::Bytes(qsizetype cell) const
+{
+    const auto at = static_cast<std::size_t>(cell);
+    const qsizetype begin = at == 0 ? 0 : ends_[at - 1];
+    return QByteArrayView(bytes_).sliced(begin, ends_[at] - begin);
 }
 
 } // namespace Qel::Demo

@@ -25,7 +25,14 @@ enum class IdSeries {
     Product = 500001,
     User = 600001,
     Affiliation = 700001,
-    LogEntry = 70000001, ///< eight digits: there are more of them than six would hold
+    // Eight digits: there are more of these than six would hold.
+    LogEntry = 70000001,
+    PriceType = 80000001,
+    Price = 81000001,
+    Order = 90000001,
+    OrderLine = 91000001,
+    Delivery = 92000001,
+    Return = 93000001,
 };
 
 /// The key of the row that is counted `index` in its table, from 0.
@@ -33,6 +40,12 @@ QString MakeId(IdSeries series, qsizetype index);
 
 /// The number with zeros before it, of so many digits at least.
 QString Padded(qsizetype number, int digits);
+
+/// "1" or "0".
+QString FlagText(bool flag);
+
+/// An amount of 1/100 yuan as a number of yuan: "12.05".
+QString Yuan(qint64 fen);
 
 /// Who changed a row last, and when.
 struct Stamp
@@ -42,7 +55,7 @@ struct Stamp
     OfficeTime time = 0;
 };
 
-/// Rows to be stored in a table.
+/// Rows to be stored in a table; kept as the bytes that are stored, for there are many of them.
 class TableRows
 {
 public:
@@ -55,23 +68,31 @@ public:
 
     /// One value a column, the empty text for NULL. Master data: imported by the operator of the
     /// sample database on the first day, one row after the other.
-    void Add(QStringList values, State state = State::Live);
-    void Add(QStringList values, const Stamp &last, State state = State::Live);
+    void Add(const QStringList &values, State state = State::Live);
+    void Add(const QStringList &values, const Stamp &last, State state = State::Live);
     /// For a table without audit columns.
-    void AddPlain(QStringList values);
+    void AddPlain(const QStringList &values);
 
     const QString &Table() const { return table_; }
-    const QStringList &Columns() const { return columns_; }
-    const std::vector<QStringList> &Rows() const { return rows_; }
+    qsizetype Count() const { return static_cast<qsizetype>(ends_.size()) / columns_.size(); }
+    /// Where the column stands in a row.
+    qsizetype Place(const QString &column) const { return columns_.indexOf(column); }
+    QString Text(qsizetype row, qsizetype place) const;
+    /// The rows that are not deleted.
+    QList<qsizetype> LiveRows() const;
     /// The first value of each row that is not deleted.
     QStringList LiveKeys() const;
 
     void Store(Store::Connection &connection) const;
 
 private:
+    void Append(const QStringList &values);
+    QByteArrayView Bytes(qsizetype cell) const;
+
     QString table_;
     QStringList columns_; ///< LAST_OPERATE is the first of the audit columns, which come last
-    std::vector<QStringList> rows_;
+    QByteArray bytes_;    ///< of all cells, row by row
+    std::vector<qsizetype> ends_; ///< of each cell in them
 };
 
 } // namespace Qel::Demo

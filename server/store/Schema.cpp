@@ -73,19 +73,27 @@ QByteArray CreateTable(const Sql::Table &table, Dialect dialect)
     return sql + "  PRIMARY KEY (" + ColumnNames(table, table.primaryKey) + "))";
 }
 
-void CreateIndexes(Connection &connection, const Sql::Table &table)
+/// An index of a table and what makes it.
+struct Index
 {
-    int number = 0;
-    const auto create = [&](const Sql::ColumnList &columns, const char *kind) {
-        const QByteArray name = QByteArray::fromStdString(table.name);
-        connection.Execute(QByteArray("CREATE ") + kind + "INDEX IX_" + name + '_' +
-                           QByteArray::number(++number) + " ON " + name + " (" +
-                           ColumnNames(table, columns) + ')');
+    QByteArray name;
+    QByteArray sql;
+};
+
+QList<Index> IndexesOf(const Sql::Table &table)
+{
+    QList<Index> indexes;
+    const auto add = [&](const Sql::ColumnList &columns, const char *kind) {
+        const QByteArray tableName = QByteArray::fromStdString(table.name);
+        const QByteArray name = "IX_" + tableName + '_' + QByteArray::number(indexes.size() + 1);
+        indexes.append({name, QByteArray("CREATE ") + kind + "INDEX " + name + " ON " + tableName +
+                                  " (" + ColumnNames(table, columns) + ')'});
     };
     for (const auto &columns : table.uniqueIndexes)
-        create(columns, "UNIQUE ");
+        add(columns, "UNIQUE ");
     for (const auto &columns : table.indexes)
-        create(columns, "");
+        add(columns, "");
+    return indexes;
 }
 
 } // namespace
@@ -103,11 +111,26 @@ const Sql::Catalog &SchemaCatalog()
 void CreateSchema(Connection &connection)
 {
     Transaction transaction(connection);
-    for (const Sql::Table &table : SchemaCatalog().Tables()) {
+    for (const Sql::Table &table : SchemaCatalog().Tables())
         connection.Execute(CreateTable(table, connection.CurrentDialect()));
-        CreateIndexes(connection, table);
-    }
+    CreateIndexes(connection);
     transaction.Commit();
+}
+
+void DropIndexes(Connection &connection)
+{
+    for (const Sql::Table &table : SchemaCatalog().Tables()) {
+        for (const Index &index : IndexesOf(table))
+            connection.Execute("DROP INDEX IF EXISTS " + index.name);
+    }
+}
+
+void CreateIndexes(Connection &connection)
+{
+    for (const Sql::Table &table : SchemaCatalog().Tables()) {
+        for (const Index &index : IndexesOf(table))
+            connection.Execute(index.sql);
+    }
 }
 
 bool HasSchema(Connection &connection)

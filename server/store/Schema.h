@@ -12,6 +12,11 @@ const Sql::Catalog &SchemaCatalog();
 /// transaction: all of it or nothing. The database must be empty.
 void CreateSchema(Connection &connection);
 
+/// Filling empty tables costs less without their indexes, which are made afterwards in one go. The
+/// primary keys stay. Both are for a transaction of the caller's.
+void DropIndexes(Connection &connection);
+void CreateIndexes(Connection &connection);
+
 /// Whether CreateSchema has run here.
 bool HasSchema(Connection &connection);
 

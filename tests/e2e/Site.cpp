@@ -63,7 +63,7 @@ void Site::StartServer()
                    DatabaseArguments() + QStringList{u"--demo"_s, u"--listen"_s,
                                                      u"127.0.0.1:%1"_s.arg(port_), u"--operator"_s,
                                                      u"admin"_s, u"--exit-with-parent"_s});
-    QTRY_VERIFY_WITH_TIMEOUT(server_->canReadLine(), 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(server_->canReadLine(), 120'000);
     port_ = QUrl(QString::fromLatin1(server_->readLine().trimmed()).section(u' ', -1)).port();
 }
 

@@ -25,6 +25,8 @@ const QList<LoggedTable> LoggedTables{
     {"UNI_USER_UNION", "USER_ID", "UNION_ID"},
     {"UNI_PRODUCT", "UNION_ID", "PRODUCT_ID"},
     {"UNI_UNION_RULE", "UNION_ID", "RULE_CODE"},
+    {"PRC_UNI_PRICE_TYPE", "PRICE_TYPE_ID", {}},
+    {"PRC_UNI_PRICE_PRODUCT", "PRICE_ID", {}},
 };
 
 /// The condition that entry L is about row R of this table.
@@ -240,7 +242,10 @@ private slots:
         row("entry outside office hours",
             "SYS_UPDATE_LOG WHERE TIME(OPTION_DATE) NOT BETWEEN '08:30:00' AND '11:59:59' "
             "AND TIME(OPTION_DATE) NOT BETWEEN '13:30:00' AND '17:59:59'");
-        row("entry in the future", "SYS_UPDATE_LOG WHERE OPTION_DATE >= '2025-07-01'");
+        row("entry of a group in the future",
+            "SYS_UPDATE_LOG WHERE OPTION_DATE >= '2025-07-01' AND TABLE_NAME NOT LIKE 'TRA%'");
+        row("entry in the future",
+            "SYS_UPDATE_LOG WHERE OPTION_DATE >= '" + Today.toString(Qt::ISODate).toUtf8() + '\'');
     }
     void HoldsNone()
     {
@@ -257,6 +262,26 @@ private slots:
         QCOMPARE(Demo::OfficeTimeText(Demo::OfficeDay - 1), u"2024-03-01 17:59:59"_s);
         QCOMPARE(Demo::OfficeTimeText(Demo::OfficeDay), u"2024-03-04 08:30:00"_s);
         QCOMPARE(Demo::OfficeTimeText(5 * Demo::OfficeDay), u"2024-03-08 08:30:00"_s);
+    }
+
+    void LastMorningIsOfTheWorkingDayBefore_data()
+    {
+        QTest::addColumn<QDate>("today");
+        QTest::addColumn<QString>("morning");
+        const auto row = [](const char *name, QDate today, const QString &morning) {
+            QTest::newRow(name) << today << morning;
+        };
+        row("Tuesday", {2026, 11, 17}, u"2026-11-16 08:30:00"_s);
+        row("Saturday", {2026, 11, 21}, u"2026-11-20 08:30:00"_s);
+        row("Sunday", {2026, 11, 22}, u"2026-11-20 08:30:00"_s);
+        row("Monday", {2026, 11, 23}, u"2026-11-20 08:30:00"_s);
+        row("the first morning", {2024, 3, 1}, u"2024-03-01 08:30:00"_s);
+        row("long before it", {2020, 1, 1}, u"2024-03-01 08:30:00"_s);
+    }
+    void LastMorningIsOfTheWorkingDayBefore()
+    {
+        QFETCH(QDate, today);
+        QTEST(Demo::OfficeTimeText(Demo::LastMorningBefore(today)), "morning");
     }
 
 private:

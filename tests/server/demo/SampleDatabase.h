@@ -5,22 +5,33 @@
 #include "store/Schema.h"
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <memory>
 
 namespace Qel {
 
-/// A filled sample database in a file.
+/// A Saturday: the sample database's last working day is the one before.
+inline constexpr QDate Today = QDate::fromJulianDay(2'461'366);
+
+/// A filled sample database in a file of its own: a copy of the one that FillSampleDatabaseTest has
+/// left in QEL_SAMPLE_FILE, for filling takes seconds.
 struct SampleDatabase
 {
-    SampleDatabase()
-        : database(Store::Database::Open(QStringLiteral("sqlite:") +
-                                         directory.filePath(QStringLiteral("demo.sqlite"))))
-        , connection(database->OpenWriter())
+    enum class Source { Copy, Filled };
+
+    explicit SampleDatabase(Source source = Source::Copy)
+        : path(directory.filePath(QStringLiteral("demo.sqlite")))
     {
-        Store::CreateSchema(*connection);
-        Demo::Fill(*connection);
+        if (source == Source::Copy && !QFile::copy(QStringLiteral(QEL_SAMPLE_FILE), path))
+            qFatal("no %s: run FillSampleDatabaseTest first", QEL_SAMPLE_FILE);
+        database = Store::Database::Open(QStringLiteral("sqlite:") + path);
+        connection = database->OpenWriter();
+        if (source == Source::Filled) {
+            Store::CreateSchema(*connection);
+            Demo::Fill(*connection, Today);
+        }
     }
 
     /// One value, "" for NULL or no row.
@@ -45,6 +56,7 @@ struct SampleDatabase
     }
 
     QTemporaryDir directory;
+    QString path;
     std::unique_ptr<Store::Database> database;
     std::unique_ptr<Store::Connection> connection;
 };

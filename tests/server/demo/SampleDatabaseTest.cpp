@@ -216,16 +216,25 @@ private slots:
     {
         QTest::addColumn<QByteArray>("key");
         for (const char *key :
-             {"REGION_ID", "ORG_ID", "UNION_ID", "ORG_TYPE_ID", "PRODUCT_ID", "USER_ID", "LOG_ID"})
+             {"REGION_ID", "ORG_ID", "UNION_ID", "ORG_TYPE_ID", "PRODUCT_ID", "USER_ID", "LOG_ID",
+              "PRICE_TYPE_ID", "PRICE_ID", "ORD_ID", "ORD_ITEM_ID", "SEND_ID", "RETURN_ID"})
             QTest::newRow(key) << QByteArray(key);
     }
     void NextKeysAreFree()
     {
-        static const QHash<QByteArray, QByteArray> tables{
-            {"REGION_ID", "BAS_REGION"},   {"ORG_ID", "BAS_ORG"},
-            {"UNION_ID", "UNI_UNION"},     {"ORG_TYPE_ID", "UNI_ORG_TYPE"},
-            {"PRODUCT_ID", "BAS_PRODUCT"}, {"USER_ID", "USR_USER"},
-            {"LOG_ID", "SYS_UPDATE_LOG"}};
+        static const QHash<QByteArray, QByteArray> tables{{"REGION_ID", "BAS_REGION"},
+                                                          {"ORG_ID", "BAS_ORG"},
+                                                          {"UNION_ID", "UNI_UNION"},
+                                                          {"ORG_TYPE_ID", "UNI_ORG_TYPE"},
+                                                          {"PRODUCT_ID", "BAS_PRODUCT"},
+                                                          {"USER_ID", "USR_USER"},
+                                                          {"LOG_ID", "SYS_UPDATE_LOG"},
+                                                          {"PRICE_TYPE_ID", "PRC_UNI_PRICE_TYPE"},
+                                                          {"PRICE_ID", "PRC_UNI_PRICE_PRODUCT"},
+                                                          {"ORD_ID", "TRA_ORDER"},
+                                                          {"ORD_ITEM_ID", "TRA_ORDER_ITEM"},
+                                                          {"SEND_ID", "TRA_SEND"},
+                                                          {"RETURN_ID", "TRA_RETURN"}};
         QFETCH(QByteArray, key);
         const QByteArray table = tables.value(key);
         QCOMPARE(data_->Number("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = '" + table + '\''),
@@ -234,7 +243,7 @@ private slots:
 
     void IsTheSameEveryTime()
     {
-        SampleDatabase other;
+        SampleDatabase other(SampleDatabase::Source::Filled);
         QCOMPARE(other.ContentHash(), data_->ContentHash());
     }
 
