@@ -2,6 +2,7 @@
 
 #include "frame/FormRegistryCtrl.h"
 #include "frame/NotProvided.h"
+#include "screens/PrcUniPrice.h"
 #include "screens/TraRollBack.h"
 #include "screens/UniUnion.h"
 #include "screens/UniUser.h"
@@ -30,7 +31,7 @@ TFrmBaseForm *Make(QWidget *owner)
 
 constexpr std::array Forms{
     Form{u"ADMIN01", u"营运管理－集团管理", u"TFrmUniUnion", Make<TFrmUniUnion>},
-    Form{u"ADMIN02", u"营运管理－企业报价维护", u"TFrmPrcUniPrice", nullptr},
+    Form{u"ADMIN02", u"营运管理－企业报价维护", u"TFrmPrcUniPrice", Make<TFrmPrcUniPrice>},
     Form{u"ADMIN03", u"营运管理－集团用户", u"TFrmUniUser", Make<TFrmUniUser>},
     Form{u"ADMIN04", u"营运管理－业务回退", u"TFrmTraRollBack", Make<TFrmTraRollBack>},
     Form{u"ADMIN05", u"营运管理－库存开放维护", u"TFrmStockOrgSet", nullptr},

@@ -1,6 +1,6 @@
 #include "screens/MemberTypes.h"
 
-#include "dataset/ClientDataSet.h"
+#include "frame/Choices.h"
 #include "frame/QelUtils.h"
 #include "frame/QueryPage.h"
 #include "remote/SoapCtrl.h"
@@ -18,12 +18,7 @@ void LoadMemberTypes(const QString &unionId, ClientDataSet &types)
 
 ValueList MemberTypeChoices(const ClientDataSet &types)
 {
-    ValueList choices;
-    const int value = types.FieldIndex(u"org_type_id");
-    const int text = types.FieldIndex(u"org_type_name");
-    for (int recNo = 0; recNo < types.RecordCount(); ++recNo)
-        choices.append({types.TextAt(recNo, value), types.TextAt(recNo, text)});
-    return choices;
+    return ChoicesOf(types, u"ORG_TYPE_ID", u"ORG_TYPE_NAME");
 }
 
 } // namespace Qel
