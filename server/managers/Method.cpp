@@ -36,6 +36,22 @@ QStringList PostedRow::Of(const QStringList &names) const
     return values;
 }
 
+QList<Method> MethodsOfKeys(const QString &manager, const QString &table, const QStringList &keys,
+                            const QString &echo,
+                            const QList<std::pair<QString, MethodFunction>> &methods)
+{
+    QList<Method> all;
+    for (const auto &[name, run] : methods)
+        all.append({.manager = manager,
+                    .name = name,
+                    .table = table,
+                    .parameters = keys,
+                    .key = keys,
+                    .run = run,
+                    .echo = {echo}});
+    return all;
+}
+
 const QList<Method> &Methods()
 {
     static const QList<Method> methods =

@@ -99,6 +99,12 @@ struct Method
     bool RowByRow() const { return !echo.isEmpty(); }
 };
 
+/// The methods of a manager whose rows consist of a record's keys alone, answered row by row; each
+/// result gives the `echo` key back.
+QList<Method> MethodsOfKeys(const QString &manager, const QString &table, const QStringList &keys,
+                            const QString &echo,
+                            const QList<std::pair<QString, MethodFunction>> &methods);
+
 const QList<Method> &Methods();
 
 /// Null: there is none.

@@ -44,16 +44,9 @@ Wire::ResultRow MoveOut(PostContext &post, const PostedRow &row)
 
 QList<Method> UniProductMethods()
 {
-    const auto method = [](const QString &name, MethodFunction run) {
-        return Method{.manager = u"com.business.admin.Uni_Product"_s,
-                      .name = name,
-                      .table = u"UNI_PRODUCT"_s,
-                      .parameters = Keys,
-                      .key = Keys,
-                      .run = run,
-                      .echo = {u"PRODUCT_ID"_s}};
-    };
-    return {method(u"move_in_Uni_Product"_s, MoveIn), method(u"move_out_Uni_Product"_s, MoveOut)};
+    return MethodsOfKeys(
+        u"com.business.admin.Uni_Product"_s, u"UNI_PRODUCT"_s, Keys, u"PRODUCT_ID"_s,
+        {{u"move_in_Uni_Product"_s, MoveIn}, {u"move_out_Uni_Product"_s, MoveOut}});
 }
 
 } // namespace Qel::Managers

@@ -40,16 +40,8 @@ Wire::ResultRow DeleteUser(PostContext &post, const PostedRow &row)
 
 QList<Method> UniUserMethods()
 {
-    const auto method = [](const QString &name, MethodFunction run) {
-        return Method{.manager = u"com.business.admin.UniUser"_s,
-                      .name = name,
-                      .table = u"UNI_USER_UNION"_s,
-                      .parameters = Keys,
-                      .key = Keys,
-                      .run = run,
-                      .echo = {u"USER_ID"_s}};
-    };
-    return {method(u"insertUniUser"_s, InsertUser), method(u"deleteUniUser"_s, DeleteUser)};
+    return MethodsOfKeys(u"com.business.admin.UniUser"_s, u"UNI_USER_UNION"_s, Keys, u"USER_ID"_s,
+                         {{u"insertUniUser"_s, InsertUser}, {u"deleteUniUser"_s, DeleteUser}});
 }
 
 } // namespace Qel::Managers

@@ -116,6 +116,26 @@ QStringList ScreenFixture::Boxes() const
     return texts;
 }
 
+QStringList ScreenFixture::DisabledAtRequests(const QWidget &form, const QStringList &names,
+                                              const std::function<void()> &run)
+{
+    const auto isEnabled = [&](const QString &name) {
+        const auto *action = form.findChild<QAction *>(name);
+        return action ? action->isEnabled() : Child<QWidget>(&form, name)->isEnabled();
+    };
+    QStringList disabled;
+    const QObject whileItRuns;
+    QObject::connect(&server, &ScriptedServer::RequestArrived, &whileItRuns, [&] {
+        std::ranges::remove_copy_if(names, std::back_inserter(disabled), isEnabled);
+    });
+    run();
+    for (const QString &name : names) {
+        if (!isEnabled(name))
+            FailTest(name + u" is still disabled"_s);
+    }
+    return disabled;
+}
+
 void ShowScreen(QWidget &screen)
 {
     screen.show();
@@ -129,10 +149,21 @@ QString FocusName(const QWidget &form)
     return form.focusWidget() ? form.focusWidget()->objectName() : QString();
 }
 
+QString Caption(const QWidget &form, const QString &name)
+{
+    return Child<QWidget>(&form, name)->property("text").toString();
+}
+
 void ClickCell(DataGrid &grid, int row, QStringView field)
 {
     const QModelIndex cell = grid.model()->index(row, grid.ColumnIndex(field));
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
+}
+
+void Tick(DataGrid &grid, const QList<int> &rows)
+{
+    for (const int row : rows)
+        ClickCell(grid, row, u"SELECTED");
 }
 
 QStringList ColumnsOf(const DataGrid &grid)

@@ -35,6 +35,11 @@ public:
 
     QStringList Boxes() const; ///< BoxText of each box so far
 
+    /// Those of the form's actions and controls that were disabled when a request arrived while
+    /// `run` ran, request by request. One that is not enabled again afterwards ends the test.
+    QStringList DisabledAtRequests(const QWidget &form, const QStringList &names,
+                                   const std::function<void()> &run);
+
     ScriptedServer server;
     MessageBoxHook hook;
 
@@ -48,8 +53,13 @@ void ShowScreen(QWidget &screen);
 /// The object name of the control that has the form's focus; empty if none has.
 QString FocusName(const QWidget &form);
 
+/// The text of a label, button or other control that has one.
+QString Caption(const QWidget &form, const QString &name);
+
 /// A click into the middle of a cell: in the tick column it ticks.
 void ClickCell(DataGrid &grid, int row, QStringView field);
+/// Clicks into the tick column of these rows.
+void Tick(DataGrid &grid, const QList<int> &rows);
 
 /// "UNION_CODE 编码": the columns in their order, hidden ones marked "UNION_CODE 编码 hidden".
 QStringList ColumnsOf(const DataGrid &grid);

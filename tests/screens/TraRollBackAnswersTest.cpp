@@ -124,12 +124,10 @@ private slots:
         QFETCH(int, tab);
         RollBackScreen screen;
         screen.Query(tab);
-        QList<bool> enabled;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form,
-                         [&] { enabled << Child<QPushButton>(screen.form, button)->isEnabled(); });
-        RollBack(screen, u"-1"_s);
-        QCOMPARE(enabled.last(), false);
-        QVERIFY(Child<QPushButton>(screen.form, button)->isEnabled());
+        // The last request is the post.
+        QCOMPARE(
+            screen.DisabledAtRequests(*screen.form, {button}, [&] { RollBack(screen, u"-1"_s); }),
+            QStringList{button});
     }
 
     void FailedPostLosesNothing_data() { AddRollBacks(); }
@@ -137,9 +135,7 @@ private slots:
     {
         QFETCH(QString, method);
         RollBackScreen screen;
-        screen.server.OnPost(method)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        screen.server.OnPost(method).DatabaseDown().Times(1);
         RollBack(screen, u"1"_s);
         QCOMPARE(screen.hook.Boxes().size(), 2); // the question and the failure
         CheckUntouched(screen);

@@ -172,8 +172,7 @@ private slots:
         Dialog dialog(Rows({}, {}));
         if (failure) {
             dialog.server.ClearScripts();
-            dialog.server.OnQuery(u"uni_Org_type"_s)
-                .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+            dialog.server.OnQuery(u"uni_Org_type"_s).DatabaseDown();
         }
         dialog.OnSave().Code(u"1"_s);
         dialog.Show([&] {
@@ -504,7 +503,7 @@ private slots:
     void ServerFailureLosesNothingAndLeavesTheGridAttached()
     {
         Dialog dialog;
-        dialog.OnSave().Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s).Times(1);
+        dialog.OnSave().DatabaseDown().Times(1);
         dialog.OnSave().Code(u"1"_s);
         const TModalResult result = dialog.Show([&] {
             dialog.Add(u"监管机构"_s);

@@ -78,6 +78,21 @@ public:
     }
     void MoveOut() { Trigger(form, u"ActionDelete"_s); }
     void MoveIn() { Trigger(form, u"ActionNew"_s); }
+    /// Lists the catalogue, ticks rows, makes one current and moves the ticked ones out, which the
+    /// server answers with `results`, as "1 91"; questions are answered with yes.
+    void MoveOut(const QList<int> &rows, const QStringList &results, int current = 0)
+    {
+        QueryIn();
+        Move(GridIn(), rows, current, u"move_out_Uni_Product"_s, results);
+        MoveOut();
+    }
+    /// The same with the candidates.
+    void MoveIn(const QList<int> &rows, const QStringList &results, int current = 0)
+    {
+        QueryOut();
+        Move(GridOut(), rows, current, u"move_in_Uni_Product"_s, results);
+        MoveIn();
+    }
     void SayYes()
     {
         hook.SetAnswer([](const TMessageBox &box) {
@@ -86,14 +101,17 @@ public:
     }
 
     QPointer<TFrmUniProduct> form;
-};
 
-/// Ticks rows as a user does: by a click into the tick column.
-void Tick(DataGrid &grid, const QList<int> &rows)
-{
-    for (const int row : rows)
-        ClickCell(grid, row, u"SELECTED");
-}
+private:
+    void Move(DataGrid &grid, const QList<int> &rows, int current, const QString &method,
+              const QStringList &results)
+    {
+        Tick(grid, rows);
+        grid.DataSet()->SetRecNo(current);
+        SayYes();
+        AnswerMove(method, results);
+    }
+};
 
 QStringList ShownProducts(const DataGrid &grid)
 {
@@ -368,17 +386,13 @@ private slots:
     void QueryActionsAreDisabledWhileTheyRun()
     {
         Screen screen;
-        QStringList running;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form, [&] {
-            for (const auto &action : {u"ActionQueryIn"_s, u"ActionQueryOut"_s}) {
-                if (!screen.Enabled(action))
-                    running << action;
-            }
-        });
-        screen.QueryIn();
-        screen.QueryOut();
-        QCOMPARE(running, QStringList({u"ActionQueryIn"_s, u"ActionQueryOut"_s}));
-        QVERIFY(screen.Enabled(u"ActionQueryIn"_s) && screen.Enabled(u"ActionQueryOut"_s));
+        const QStringList actions{u"ActionQueryIn"_s, u"ActionQueryOut"_s};
+        QCOMPARE(screen.DisabledAtRequests(*screen.form, actions,
+                                           [&] {
+                                               screen.QueryIn();
+                                               screen.QueryOut();
+                                           }),
+                 actions);
     }
 
     void FailedQueryLeavesTheScreenUsable()
@@ -386,9 +400,7 @@ private slots:
         Screen screen;
         screen.QueryIn();
         screen.server.ClearScripts();
-        screen.server.OnAnyQuery()
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        screen.server.OnAnyQuery().DatabaseDown().Times(1);
         screen.server.OnAnyQuery().Answer(Catalogue(), 4);
         screen.QueryIn();
         QCOMPARE(screen.hook.Boxes().size(), 1);
@@ -475,11 +487,7 @@ private slots:
     void MovingOutPostsTheTickedRowsAndTakesThemOut()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 2});
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s, u"1 93"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 2}, {u"1 91"_s, u"1 93"_s});
         const auto post = screen.server.LastPost();
         QCOMPARE(post.rows.size(), 2);
         QCOMPARE(RowText(post.rows.at(0)), Expected(u"uniproduct.moveout.1"_s));
@@ -493,11 +501,7 @@ private slots:
     void ResultsInAnotherOrderTakeTheirOwnRowsOut()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 2});
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 93"_s, u"1 55"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 2}, {u"1 93"_s, u"1 55"_s});
         QCOMPARE(ShownProducts(screen.GridIn()), QStringList({u"91"_s, u"92"_s, u"94"_s}));
         QCOMPARE(screen.PagesIn().RecordCount(), 119);
     }
@@ -505,12 +509,7 @@ private slots:
     void PreviousCurrentRowIsRestoredIfItStillExists()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 2});
-        screen.GridIn().DataSet()->SetRecNo(3);
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s, u"1 93"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 2}, {u"1 91"_s, u"1 93"_s}, 3);
         QCOMPARE(CurrentProduct(screen.GridIn()), u"94"_s);
         QCOMPARE(screen.GridIn().currentIndex().row(), 1);
     }
@@ -518,24 +517,14 @@ private slots:
     void ACurrentRowThatWasMovedGivesWayToTheOneBehindTheLastMoved()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 2});
-        screen.GridIn().DataSet()->SetRecNo(0);
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s, u"1 93"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 2}, {u"1 91"_s, u"1 93"_s}, 0);
         QCOMPARE(CurrentProduct(screen.GridIn()), u"94"_s);
     }
 
     void ZeroInTheMiddleStopsTheWalkAndLeavesTheRowsBehindItEvenIfTheServerMovedThem()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 1, 2});
-        screen.GridIn().DataSet()->SetRecNo(3);
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s, u"0 92"_s, u"1 93"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 1, 2}, {u"1 91"_s, u"0 92"_s, u"1 93"_s}, 3);
         QCOMPARE(screen.Boxes(), QStringList({AskOutThree, FailedOut}));
         QCOMPARE(ShownProducts(screen.GridIn()), QStringList({u"92"_s, u"93"_s, u"94"_s}));
         QCOMPARE(screen.PagesIn().RecordCount(), 119);
@@ -545,12 +534,7 @@ private slots:
     void AStoppedWalkLeavesTheCurrentRowWhereItStopped()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 1});
-        screen.GridIn().DataSet()->SetRecNo(3);
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s, u"0 92"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 1}, {u"1 91"_s, u"0 92"_s}, 3);
         QCOMPARE(CurrentProduct(screen.GridIn()), u"92"_s);
     }
 
@@ -559,11 +543,7 @@ private slots:
         Screen screen;
         screen.server.ClearScripts();
         screen.server.OnAnyQuery().Answer(Catalogue({u"1"_s}));
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0});
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s});
-        screen.MoveOut();
+        screen.MoveOut({0}, {u"1 91"_s});
         QCOMPARE(screen.PagesIn().RecordCount(), 0);
         QVERIFY(!screen.Enabled(u"ActionDelete"_s) && !screen.Enabled(u"ActionLog"_s));
     }
@@ -571,11 +551,7 @@ private slots:
     void ResultCodesThatNobodyExpectsArePassedOver()
     {
         Screen screen;
-        screen.QueryIn();
-        Tick(screen.GridIn(), {0, 1, 2});
-        screen.SayYes();
-        screen.AnswerMove(u"move_out_Uni_Product"_s, {u"-1 91"_s, u"-2 92"_s, u"1 93"_s});
-        screen.MoveOut();
+        screen.MoveOut({0, 1, 2}, {u"-1 91"_s, u"-2 92"_s, u"1 93"_s});
         QCOMPARE(screen.Boxes(), QStringList{AskOutThree});
         QCOMPARE(ShownProducts(screen.GridIn()), QStringList({u"91"_s, u"92"_s, u"94"_s}));
     }
@@ -590,17 +566,13 @@ private slots:
         screen.SayYes();
         screen.AnswerMove(u"move_out_Uni_Product"_s, {u"-2 91"_s});
         screen.AnswerMove(u"move_in_Uni_Product"_s, {u"-2 81"_s});
-        QStringList running;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form, [&] {
-            for (const auto &action : {u"ActionDelete"_s, u"ActionNew"_s}) {
-                if (!screen.Enabled(action))
-                    running << action;
-            }
-        });
-        screen.MoveOut();
-        screen.MoveIn();
-        QCOMPARE(running, QStringList({u"ActionDelete"_s, u"ActionNew"_s}));
-        QVERIFY(screen.Enabled(u"ActionDelete"_s) && screen.Enabled(u"ActionNew"_s));
+        const QStringList actions{u"ActionDelete"_s, u"ActionNew"_s};
+        QCOMPARE(screen.DisabledAtRequests(*screen.form, actions,
+                                           [&] {
+                                               screen.MoveOut();
+                                               screen.MoveIn();
+                                           }),
+                 actions);
     }
 
     void FailedPostLosesNothing()
@@ -609,9 +581,7 @@ private slots:
         screen.QueryIn();
         Tick(screen.GridIn(), {0, 2});
         screen.SayYes();
-        screen.server.OnPost(u"move_out_Uni_Product"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        screen.server.OnPost(u"move_out_Uni_Product"_s).DatabaseDown().Times(1);
         screen.AnswerMove(u"move_out_Uni_Product"_s, {u"1 91"_s, u"1 93"_s});
         screen.MoveOut();
         QCOMPARE(screen.hook.Boxes().size(), 2);
@@ -671,13 +641,8 @@ private slots:
     void MovedInRowsAreFoundByTheirProductAlone()
     {
         Screen screen;
-        screen.QueryOut();
+        screen.MoveIn({0, 2}, {u"1 81"_s, u"1 83"_s}, 3);
         QVERIFY(!screen.GridOut().DataSet()->HasField(u"UNION_ID"));
-        Tick(screen.GridOut(), {0, 2});
-        screen.GridOut().DataSet()->SetRecNo(3);
-        screen.SayYes();
-        screen.AnswerMove(u"move_in_Uni_Product"_s, {u"1 81"_s, u"1 83"_s});
-        screen.MoveIn();
         const auto post = screen.server.LastPost();
         QCOMPARE(post.rows.size(), 2);
         QCOMPARE(RowText(post.rows.at(0)), Expected(u"uniproduct.movein.1"_s));
@@ -691,11 +656,7 @@ private slots:
     void ProductThatAnotherOperatorHasJustAddedStaysInTheListUnchanged()
     {
         Screen screen;
-        screen.QueryOut();
-        Tick(screen.GridOut(), {1});
-        screen.SayYes();
-        screen.AnswerMove(u"move_in_Uni_Product"_s, {u"-1 82"_s});
-        screen.MoveIn();
+        screen.MoveIn({1}, {u"-1 82"_s});
         QCOMPARE(screen.Boxes().last(), Exists);
         QCOMPARE(ShownProducts(screen.GridOut()),
                  QStringList({u"81"_s, u"82"_s, u"83"_s, u"84"_s}));
@@ -706,11 +667,7 @@ private slots:
     void RefusedProductDoesNotStopTheWalk()
     {
         Screen screen;
-        screen.QueryOut();
-        Tick(screen.GridOut(), {0, 1, 2});
-        screen.SayYes();
-        screen.AnswerMove(u"move_in_Uni_Product"_s, {u"1 81"_s, u"-1 82"_s, u"1 83"_s});
-        screen.MoveIn();
+        screen.MoveIn({0, 1, 2}, {u"1 81"_s, u"-1 82"_s, u"1 83"_s});
         QCOMPARE(screen.Boxes(), QStringList({AskInThree, Exists}));
         QCOMPARE(ShownProducts(screen.GridOut()), QStringList({u"82"_s, u"84"_s}));
         QCOMPARE(screen.PagesOut().RecordCount(), 118);
@@ -736,11 +693,7 @@ private slots:
     void ZeroDuringAMoveInEndsTheWalkAsDuringAMoveOut()
     {
         Screen screen;
-        screen.QueryOut();
-        Tick(screen.GridOut(), {0, 1, 2});
-        screen.SayYes();
-        screen.AnswerMove(u"move_in_Uni_Product"_s, {u"1 81"_s, u"0 82"_s, u"1 83"_s});
-        screen.MoveIn();
+        screen.MoveIn({0, 1, 2}, {u"1 81"_s, u"0 82"_s, u"1 83"_s});
         QCOMPARE(screen.Boxes(), QStringList({AskInThree, FailedIn}));
         QCOMPARE(ShownProducts(screen.GridOut()), QStringList({u"82"_s, u"83"_s, u"84"_s}));
         QCOMPARE(screen.PagesOut().RecordCount(), 119);
@@ -793,7 +746,7 @@ private slots:
     void ScreenThatHadAnErrorIsFreedOnceToo()
     {
         ScreenFixture fixture;
-        fixture.server.OnAnyQuery().Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+        fixture.server.OnAnyQuery().DatabaseDown();
         QPointer<TFrmUniProduct> form = new TFrmUniProduct(nullptr, u"10"_s);
         const QSignalSpy destroyed(form, &QObject::destroyed);
         ModalVisitor visitor([](QWidget *dialog) {

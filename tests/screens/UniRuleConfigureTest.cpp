@@ -122,12 +122,9 @@ private slots:
                      u"采购单集团审核"_s);
             QCOMPARE(dialog.Flag().text(), u"启用审核机构："_s);
             QCOMPARE(dialog.Org().Buttons(), QStringList{u"选择"_s});
-            const auto button = [&](const QString &name) {
-                return Child<QPushButton>(&dialog.Form(), name)->text();
-            };
-            QCOMPARE(button(u"BtnOk"_s), u"确认"_s);
-            QCOMPARE(button(u"BtnClose"_s), u"取消"_s);
-            QCOMPARE(button(u"btnSave"_s), u"应用(&A)"_s);
+            QCOMPARE(Caption(dialog.Form(), u"BtnOk"_s), u"确认"_s);
+            QCOMPARE(Caption(dialog.Form(), u"BtnClose"_s), u"取消"_s);
+            QCOMPARE(Caption(dialog.Form(), u"btnSave"_s), u"应用(&A)"_s);
         });
     }
 
@@ -413,7 +410,7 @@ private slots:
     {
         QFETCH(QString, button);
         Dialog dialog(Audit(u"1"_s, u"501"_s));
-        dialog.OnSave().Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s).Times(1);
+        dialog.OnSave().DatabaseDown().Times(1);
         dialog.OnSave().Code(u"1"_s);
         dialog.Show([&] {
             dialog.Choose(0);
@@ -434,8 +431,7 @@ private slots:
     void NameQueryThatFailsDoesNotSwitchTheAuditOff()
     {
         Dialog dialog(Audit(u"1"_s, u"503"_s));
-        dialog.server.OnQueryExact(UniRuleSql::OrgName(u"503"_s))
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+        dialog.server.OnQueryExact(UniRuleSql::OrgName(u"503"_s)).DatabaseDown();
         dialog.Show([&] {
             QCOMPARE(dialog.hook.Boxes().size(), 1);
             QVERIFY(dialog.Flag().isChecked());

@@ -382,8 +382,7 @@ private slots:
     void ServerFailureLeavesTheInputAndTheButton()
     {
         Editor editor;
-        editor.server.OnPost(u"insert_update_UniUnion"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-2"_s);
+        editor.server.OnPost(u"insert_update_UniUnion"_s).DatabaseDown();
         editor.Show({}, [&](QWidget *dialog) {
             editor.FillInAndSave(dialog);
             QVERIFY(dialog->isVisible());

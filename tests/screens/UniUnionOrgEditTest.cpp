@@ -99,13 +99,10 @@ private slots:
         Editor editor;
         editor.Show([](QWidget *dialog) {
             QCOMPARE(dialog->windowTitle(), u"成员维护"_s);
-            const auto label = [dialog](const QString &name) {
-                return Child<QLabel>(dialog, name)->text();
-            };
-            QCOMPARE(label(u"lbOrgName"_s), u"机构名称："_s);
-            QCOMPARE(label(u"lbOrgType"_s), u"成员类型："_s);
-            QCOMPARE(label(u"lbRoles"_s), u"成员角色："_s);
-            QCOMPARE(label(u"lbRemark"_s), u"备    注："_s);
+            QCOMPARE(Caption(*dialog, u"lbOrgName"_s), u"机构名称："_s);
+            QCOMPARE(Caption(*dialog, u"lbOrgType"_s), u"成员类型："_s);
+            QCOMPARE(Caption(*dialog, u"lbRoles"_s), u"成员角色："_s);
+            QCOMPARE(Caption(*dialog, u"lbRemark"_s), u"备    注："_s);
             QStringList roles;
             for (const QString &name : RoleBoxes)
                 roles << Child<QCheckBox>(dialog, name)->text();
@@ -285,8 +282,7 @@ private slots:
     void ServerFailureLeavesTheChoiceAndTheButton()
     {
         Editor editor;
-        editor.server.OnPost(u"insert_update_UniUnionOrg"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-3"_s);
+        editor.server.OnPost(u"insert_update_UniUnionOrg"_s).DatabaseDown();
         const auto result = editor.Show([&](QWidget *dialog) {
             Editor::Choose(dialog, 1);
             Click(dialog, u"BtnSave"_s);

@@ -45,11 +45,7 @@ public:
     }
 
     void Query() { Click(&form, u"btnQuery"_s); }
-    void Tick(const QList<int> &rows)
-    {
-        for (const int row : rows)
-            ClickCell(Grid(), row, u"SELECTED");
-    }
+    void Tick(const QList<int> &rows) { Test::Tick(Grid(), rows); }
     void AnswerMoveIn(const QStringList &results)
     {
         server.OnPost(u"com.business.admin.UniUser"_s, u"insertUniUser"_s)
@@ -135,18 +131,12 @@ private slots:
         Picker picker;
         QCOMPARE(picker.form.windowTitle(), u"选择用户"_s);
         QCOMPARE(Child<QTabWidget>(&picker.form, u"cxPageControl1"_s)->tabText(0), u"企业选择"_s);
-        const auto label = [&](const QString &name) {
-            return Child<QLabel>(&picker.form, name)->text();
-        };
-        const auto button = [&](const QString &name) {
-            return Child<QPushButton>(&picker.form, name)->text();
-        };
-        QCOMPARE(label(u"lbUser"_s), u"用户信息"_s);
-        QCOMPARE(label(u"lbOrg"_s), u"机构名称"_s);
-        QCOMPARE(label(u"lbType"_s), u"机构类型"_s);
-        QCOMPARE(button(u"btnQuery"_s), u"查询"_s);
-        QCOMPARE(button(u"btnSelect"_s), u"移入"_s);
-        QCOMPARE(button(u"btnCancel"_s), u"取消"_s);
+        QCOMPARE(Caption(picker.form, u"lbUser"_s), u"用户信息"_s);
+        QCOMPARE(Caption(picker.form, u"lbOrg"_s), u"机构名称"_s);
+        QCOMPARE(Caption(picker.form, u"lbType"_s), u"机构类型"_s);
+        QCOMPARE(Caption(picker.form, u"btnQuery"_s), u"查询"_s);
+        QCOMPARE(Caption(picker.form, u"btnSelect"_s), u"移入"_s);
+        QCOMPARE(Caption(picker.form, u"btnCancel"_s), u"取消"_s);
         QCOMPARE(ColumnsOf(picker.Grid()),
                  QStringList({u"SELECTED 选择"_s, u"USER_CODE 用户编码"_s, u"USER_NAME 用户名称"_s,
                               u"ORG_NAME 所属机构"_s}));
@@ -220,12 +210,8 @@ private slots:
     void QueryButtonIsDisabledWhileItRuns()
     {
         Picker picker;
-        bool enabled = true;
-        QObject::connect(&picker.server, &ScriptedServer::RequestArrived, &picker.form,
-                         [&] { enabled = picker.Enabled(u"btnQuery"_s); });
-        picker.Query();
-        QVERIFY(!enabled);
-        QVERIFY(picker.Enabled(u"btnQuery"_s));
+        QCOMPARE(picker.DisabledAtRequests(picker.form, {u"btnQuery"_s}, [&] { picker.Query(); }),
+                 QStringList{u"btnQuery"_s});
     }
 
     void SelectAllTicksThePageAndKeepsTheCurrentRow()
@@ -453,19 +439,14 @@ private slots:
         picker.AnswerMoveIn({u"0 801"_s});
         picker.Query();
         picker.Tick({0});
-        bool enabled = true;
-        QObject::connect(&picker.server, &ScriptedServer::RequestArrived, &picker.form,
-                         [&] { enabled = picker.Enabled(u"btnSelect"_s); });
-        picker.MoveIn();
-        QVERIFY(!enabled);
-        QVERIFY(picker.Enabled(u"btnSelect"_s));
+        QCOMPARE(picker.DisabledAtRequests(picker.form, {u"btnSelect"_s}, [&] { picker.MoveIn(); }),
+                 QStringList{u"btnSelect"_s});
     }
 
     void BrokenPostChangesNeitherList()
     {
         Dialog picker;
-        picker.server.OnPost(u"insertUniUser"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+        picker.server.OnPost(u"insertUniUser"_s).DatabaseDown();
         const TModalResult result = ShowModally(picker.form, [&](QWidget *dialog) {
             picker.Query();
             picker.Tick({0});

@@ -143,14 +143,11 @@ private slots:
         Screen screen;
         QCOMPARE(screen.form.windowTitle(), u"用户可操作集团设置"_s);
         QCOMPARE(Child<QTabWidget>(&screen.form, u"cxPageControl1"_s)->tabText(0), u"集团管理"_s);
-        QCOMPARE(Child<QLabel>(&screen.form, u"lbInfo"_s)->text(), u"集团名称"_s);
-        const auto button = [&](const QString &name) {
-            return Child<QPushButton>(&screen.form, name)->text();
-        };
-        QCOMPARE(button(u"BtnQuery"_s), u"查询"_s);
-        QCOMPARE(button(u"BtnNew"_s), u"移入用户"_s);
-        QCOMPARE(button(u"BtnDelete"_s), u"移出用户"_s);
-        QCOMPARE(button(u"BtnClose"_s), u"返回"_s);
+        QCOMPARE(Caption(screen.form, u"lbInfo"_s), u"集团名称"_s);
+        QCOMPARE(Caption(screen.form, u"BtnQuery"_s), u"查询"_s);
+        QCOMPARE(Caption(screen.form, u"BtnNew"_s), u"移入用户"_s);
+        QCOMPARE(Caption(screen.form, u"BtnDelete"_s), u"移出用户"_s);
+        QCOMPARE(Caption(screen.form, u"BtnClose"_s), u"返回"_s);
         QCOMPARE(ColumnsOf(screen.Tree()),
                  QStringList({u"UNION_CODE 编码"_s, u"UNION_NAME 集团名称"_s,
                               u"REGION_NAME 所属区域"_s, u"MASTER_ORGNAME 主管机构"_s}));
@@ -326,12 +323,9 @@ private slots:
     void QueryActionIsDisabledWhileItRuns()
     {
         Screen screen;
-        bool enabled = true;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, &screen.form,
-                         [&] { enabled = screen.Enabled(u"ActionQuery"_s); });
-        screen.Query();
-        QVERIFY(!enabled);
-        QVERIFY(screen.Enabled(u"ActionQuery"_s));
+        QCOMPARE(
+            screen.DisabledAtRequests(screen.form, {u"ActionQuery"_s}, [&] { screen.Query(); }),
+            QStringList(2, u"ActionQuery"_s));
     }
 
     void FailedQueryLeavesTheScreenUsable()
@@ -339,9 +333,7 @@ private slots:
         Screen screen;
         screen.Query();
         screen.server.ClearScripts();
-        screen.server.OnQuery(u"FROM UNI_UNION A"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        screen.server.OnQuery(u"FROM UNI_UNION A"_s).DatabaseDown().Times(1);
         screen.Query();
         QCOMPARE(screen.hook.Boxes().size(), 1);
         QVERIFY(screen.hook.Boxes().first().text.contains(u"数据库不可用"_s));
@@ -441,19 +433,15 @@ private slots:
         Screen screen;
         screen.AnswerMoveOut(u"1"_s);
         screen.Query();
-        bool enabled = true;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, &screen.form,
-                         [&] { enabled = screen.Enabled(u"ActionDelete"_s); });
-        screen.MoveOut();
-        QVERIFY(!enabled);
-        QVERIFY(screen.Enabled(u"ActionDelete"_s));
+        QCOMPARE(
+            screen.DisabledAtRequests(screen.form, {u"ActionDelete"_s}, [&] { screen.MoveOut(); }),
+            QStringList{u"ActionDelete"_s});
     }
 
     void BrokenRemovalKeepsTheRowAndEnablesAgain()
     {
         Screen screen;
-        screen.server.OnPost(u"deleteUniUser"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-2"_s);
+        screen.server.OnPost(u"deleteUniUser"_s).DatabaseDown();
         screen.Query();
         screen.MoveOut();
         QCOMPARE(screen.hook.Boxes().size(), 2);

@@ -235,9 +235,7 @@ private slots:
     {
         OneKey one;
         one.server.ClearScripts();
-        one.server.OnAnyQuery()
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        one.server.OnAnyQuery().DatabaseDown().Times(1);
         one.server.OnAnyQuery().Answer(Entries(), 8);
         one.Show([&] {
             QCOMPARE(one.hook.Boxes().size(), 1);

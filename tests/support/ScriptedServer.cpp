@@ -96,6 +96,11 @@ ScriptedServer::Script &ScriptedServer::Script::Error(int status, const QString 
     return *this;
 }
 
+ScriptedServer::Script &ScriptedServer::Script::DatabaseDown()
+{
+    return Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+}
+
 ScriptedServer::Script &ScriptedServer::Script::Status(int status, const QByteArray &body)
 {
     status_ = status;

@@ -56,6 +56,7 @@ public:
         Script &Codes(const QStringList &codes); ///< one row a code, without values
         Script &Error(int status, const QString &code, const QString &message,
                       const QString &reference);
+        Script &DatabaseDown(); ///< 500 server.failure 数据库不可用 R-1
         Script &Status(int status, const QByteArray &body = {}); ///< with a body of no protocol
         Script &Body(const QByteArray &body); ///< status 200, these bytes as application/cbor
         Script &BreakConnection();            ///< reads the request, then hangs up
