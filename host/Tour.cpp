@@ -55,6 +55,9 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN04-receipts",
      u"ADMIN04",
      {u"+cxTabSheet3", u"-dtReceiveDateFrom", u"+ActionBuyerReceiveQuery"}},
+    {u"ADMIN05-add", u"ADMIN05", {u"ActAdd"}},
+    {u"ADMIN05-owner", u"ADMIN05", {u"ActAdd", u"edOwnerOrg", u"+BtnQuery"}},
+    {u"ADMIN06-rules", u"ADMIN06", {u"+ActModify"}},
 };
 
 } // namespace
@@ -80,7 +83,8 @@ void Tour::Plan()
     steps_.push_back({Kind::Grab, u"welcome"_s});
     for (const FormInfo &form : window_.Forms()) {
         steps_.push_back({Kind::Open, form.code});
-        steps_.push_back({Kind::Press, u"ActionQuery"_s});
+        for (const auto &query : {u"ActionQuery"_s, u"ActQuery"_s})
+            steps_.push_back({Kind::Press, query});
         steps_.push_back({Kind::Grab, form.code});
         for (const Dialog &dialog : Dialogs) {
             if (form.code != QStringView(dialog.screen))

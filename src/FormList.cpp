@@ -2,7 +2,9 @@
 
 #include "frame/FormRegistryCtrl.h"
 #include "frame/NotProvided.h"
+#include "screens/OrgRuleSet.h"
 #include "screens/PrcUniPrice.h"
+#include "screens/StockOrgSet.h"
 #include "screens/TraRollBack.h"
 #include "screens/UniUnion.h"
 #include "screens/UniUser.h"
@@ -34,8 +36,8 @@ constexpr std::array Forms{
     Form{u"ADMIN02", u"营运管理－企业报价维护", u"TFrmPrcUniPrice", Make<TFrmPrcUniPrice>},
     Form{u"ADMIN03", u"营运管理－集团用户", u"TFrmUniUser", Make<TFrmUniUser>},
     Form{u"ADMIN04", u"营运管理－业务回退", u"TFrmTraRollBack", Make<TFrmTraRollBack>},
-    Form{u"ADMIN05", u"营运管理－库存开放维护", u"TFrmStockOrgSet", nullptr},
-    Form{u"ADMIN06", u"营运管理－机构规则设置", u"TFrmOrgRuleSet", nullptr},
+    Form{u"ADMIN05", u"营运管理－库存开放维护", u"TFrmStockOrgSet", Make<TFrmStockOrgSet>},
+    Form{u"ADMIN06", u"营运管理－机构规则设置", u"TFrmOrgRuleSet", Make<TFrmOrgRuleSet>},
     Form{u"ADMIN07", u"营运管理－机构从属关系", u"TFrmMrgOrgAffiliation", nullptr},
     Form{u"ADMIN08", u"营运管理－机构药库设置", u"TFrmTraBuyCatalog", nullptr},
     Form{u"ADMIN09", u"营运管理－公告管理", u"TFrmSysAffiche", nullptr},

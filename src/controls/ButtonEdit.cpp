@@ -16,6 +16,8 @@ constexpr int ButtonGap = 1;
 ButtonEdit::ButtonEdit(QWidget *parent)
     : QLineEdit(parent)
 {
+    connect(this, &QLineEdit::textEdited, this,
+            [this](const QString &typed) { SetChoice({}, typed); });
 }
 
 QStringList ButtonEdit::Buttons() const
@@ -62,8 +64,12 @@ void ButtonEdit::PressButton(int button)
 
 void ButtonEdit::SetChoice(const QString &value, const QString &text)
 {
+    const bool isOther = chosenValue_ != value;
     chosenValue_ = value;
-    setText(text);
+    if (this->text() != text)
+        setText(text);
+    if (isOther)
+        emit ChoiceChanged();
 }
 
 QSize ButtonEdit::sizeHint() const

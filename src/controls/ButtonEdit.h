@@ -12,9 +12,9 @@ namespace Qel {
 /// The buttons work while the text is read-only. Alt+Down and F4 press the first button. The
 /// buttons take no place in the tab order.
 ///
-/// An edit that a picker fills is read-only and keeps the value (an id) for which its text
-/// stands; if it is clearable, Delete takes both away. Layout properties (stdset="0"): buttons,
-/// clearable.
+/// An edit that a picker fills keeps the value (an id) for which its text stands. As a rule it is
+/// read-only, and if it is clearable, Delete takes both away; in one that is not, typing takes the
+/// value away. Layout properties (stdset="0"): buttons, clearable.
 class ButtonEdit : public QLineEdit
 {
     Q_OBJECT
@@ -40,6 +40,7 @@ public:
 
 signals:
     void ButtonClicked(int button); ///< from 0, left to right
+    void ChoiceChanged();           ///< another value is chosen, or none any more
 
 protected:
     bool event(QEvent *event) override;

@@ -85,10 +85,12 @@ int DataSetCells::FieldOf(int column) const
 
 QString DataSetCells::RawText(int recNo, int column) const
 {
-    const int field = FieldOf(column);
-    if (field < 0 || recNo < 0 || recNo >= dataSet_->RecordCount())
+    if (!dataSet_ || recNo < 0 || recNo >= dataSet_->RecordCount())
         return {};
-    return dataSet_->TextAt(recNo, field);
+    if (columns_[column].rowNumber)
+        return QString::number(recNo + 1);
+    const int field = FieldOf(column);
+    return field < 0 ? QString() : dataSet_->TextAt(recNo, field);
 }
 
 QString DataSetCells::ShownText(int recNo, int column) const
@@ -224,7 +226,10 @@ void DataSetModel::SetDataSet(ClientDataSet *dataSet)
         beginRemoveRows({}, first, last);
         rows_ -= last - first + 1;
     });
-    connect(dataSet, &ClientDataSet::RowsRemoved, this, [this] { endRemoveRows(); });
+    connect(dataSet, &ClientDataSet::RowsRemoved, this, [this] {
+        endRemoveRows();
+        RefreshRowNumbers();
+    });
     connect(dataSet, &ClientDataSet::RowChanged, this, [this](int recNo) {
         if (columnCount() > 0 && recNo >= 0 && recNo < rows_)
             emit dataChanged(index(recNo, 0), index(recNo, columnCount() - 1));
@@ -272,6 +277,15 @@ void DataSetModel::RefreshColumn(int column)
 {
     if (rows_ > 0)
         emit dataChanged(index(0, column), index(rows_ - 1, column));
+}
+
+/// Rows that moved up have other numbers. (Rows come at the end and move none.)
+void DataSetModel::RefreshRowNumbers()
+{
+    for (int column = 0; column < columnCount(); ++column) {
+        if (Columns().at(column).rowNumber)
+            RefreshColumn(column);
+    }
 }
 
 int DataSetModel::rowCount(const QModelIndex &parent) const

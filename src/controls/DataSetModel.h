@@ -84,6 +84,7 @@ signals:
 
 private:
     void RefreshColumn(int column);
+    void RefreshRowNumbers();
 
     DataSetCells cells_;
     int rows_ = 0; ///< as told to the views; the dataset may be ahead while it is suspended

@@ -27,11 +27,13 @@ struct FlagRule
     bool (*isSet)(const GridColumn &);
 };
 
-constexpr std::array<FlagRule, 4> FlagRules{{
+constexpr std::array<FlagRule, 5> FlagRules{{
     {u"hidden", [](GridColumn &c) { c.hidden = true; },
      [](const GridColumn &c) { return c.hidden; }},
     {u"readonly", [](GridColumn &c) { c.readOnly = true; },
      [](const GridColumn &c) { return c.readOnly; }},
+    {u"rownumber", [](GridColumn &c) { c.rowNumber = true; },
+     [](const GridColumn &c) { return c.rowNumber; }},
     {u"right", [](GridColumn &c) { c.alignment = Qt::AlignRight; },
      [](const GridColumn &c) { return c.alignment == Qt::AlignRight; }},
     {u"center", [](GridColumn &c) { c.alignment = Qt::AlignHCenter; },

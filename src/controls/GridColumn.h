@@ -41,6 +41,7 @@ struct GridColumn
     GridEditor editor = GridEditor::None;
     bool hidden = false;
     bool readOnly = false;
+    bool rowNumber = false; ///< shows the row's place from 1; the dataset has no such field
     Qt::Alignment alignment = Qt::AlignLeft;
     QString band;     ///< caption of the band above the column; not part of the text form
     ValueList values; ///< if not empty, cells show the text that stands for their value
@@ -52,8 +53,8 @@ struct GridColumn
 
 /// The text form used in layouts: "FIELD|caption|width|editor|flags". Editor: empty, "text",
 /// "check", "combo", "date" or "currency". Flags, separated by commas: "hidden", "readonly",
-/// "right", "center". Trailing parts may be left out. Throws EQelError that quotes what it cannot
-/// read.
+/// "rownumber", "right", "center". Trailing parts may be left out. Throws EQelError that quotes
+/// what it cannot read.
 GridColumn ParseGridColumn(const QString &line);
 QString FormatGridColumn(const GridColumn &column);
 QList<GridColumn> ParseGridColumns(const QStringList &lines);

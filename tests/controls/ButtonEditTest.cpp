@@ -50,6 +50,27 @@ private slots:
         QCOMPARE(clicked.size(), 2);
     }
 
+    void TypingTakesTheChosenValueAway()
+    {
+        edit_->SetChoice(u"501"_s, u"市第一医院"_s);
+        const QSignalSpy changed(edit_.get(), &ButtonEdit::ChoiceChanged);
+        QTest::keyClicks(edit_.get(), u"AB"_s);
+        QCOMPARE(edit_->text(), u"市第一医院AB"_s);
+        QVERIFY(edit_->ChosenValue().isEmpty());
+        QCOMPARE(changed.size(), 1);
+    }
+
+    void OnlyAnotherValueIsAChangeOfTheChoice()
+    {
+        const QSignalSpy changed(edit_.get(), &ButtonEdit::ChoiceChanged);
+        edit_->SetChoice(u"501"_s, u"市第一医院"_s);
+        edit_->SetChoice(u"501"_s, u"市一院"_s);
+        QCOMPARE(edit_->text(), u"市一院"_s);
+        QCOMPARE(changed.size(), 1);
+        edit_->ClearChoice();
+        QCOMPARE(changed.size(), 2);
+    }
+
     void KeepsTheValueForWhichItsTextStands()
     {
         QVERIFY(edit_->ChosenValue().isEmpty());

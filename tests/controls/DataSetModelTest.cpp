@@ -85,6 +85,22 @@ private slots:
         QVERIFY(!model_->setData(model_->index(0, 0), u"x"_s, Qt::EditRole));
     }
 
+    void RowNumbersCountFromOneAndCloseUpBehindADeletedRow()
+    {
+        model_->SetColumns(ParseGridColumns({u"ORG_ID"_s, u"ROW_NO|序号|48||rownumber"_s}));
+        QCOMPARE(RowTexts(*model_, 0), u"7|1"_s);
+        QCOMPARE(RowTexts(*model_, 2), u"9|3"_s);
+        QVERIFY(!model_->flags(model_->index(0, 1)).testFlag(Qt::ItemIsEditable));
+        const QSignalSpy repainted(model_.get(), &QAbstractItemModel::dataChanged);
+        dataSet_.First();
+        dataSet_.Delete();
+        QCOMPARE(RowTexts(*model_, 0), u"8|1"_s);
+        QCOMPARE(RowTexts(*model_, 1), u"9|2"_s);
+        QCOMPARE(repainted.size(), 1);
+        QCOMPARE(repainted[0][0].toModelIndex(), model_->index(0, 1));
+        QCOMPARE(repainted[0][1].toModelIndex(), model_->index(1, 1));
+    }
+
     void FieldPositionsFollowTheNextQuery()
     {
         QCOMPARE(RowTexts(*model_, 0), u"|仁爱医院|医院|7"_s);

@@ -47,6 +47,7 @@ private slots:
         QTest::newRow("tick") << u"SELECTED|选择|40|check|center"_s;
         QTest::newRow("list") << u"ORG_TYPE|企业类型|90|combo|hidden,readonly"_s;
         QTest::newRow("date") << u"D|日期|90|date|right"_s;
+        QTest::newRow("row number") << u"ROW_NO|序号|48||rownumber,center"_s;
     }
 
     void FormatGivesWhatWasParsed()

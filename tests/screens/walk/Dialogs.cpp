@@ -4,6 +4,7 @@
 #include "frame/UpdateLog.h"
 #include "screens/OrgSelect.h"
 #include "screens/RegionSelect.h"
+#include "screens/StockOrgSetAdd.h"
 #include "screens/UniMemberType.h"
 #include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
@@ -78,6 +79,7 @@ constexpr WalkedDialog Dialogs[]{
     {"TFrmMrgUpdateLog", MakeMrgUpdateLog},
     {"TFrmOrgSelect", Make<TFrmOrgSelect>},
     {"TFrmRegionSelect", MakeRegionSelect},
+    {"TFrmStockOrgSetAdd", Make<TFrmStockOrgSetAdd>},
     {"TFrmUniProduct", MakeForUnion<TFrmUniProduct>},
     {"TFrmUniRuleConfigure", MakeForUnion<TFrmUniRuleConfigure>},
     {"TFrmUniUnionEdit", MakeUniUnionEdit},
