@@ -206,7 +206,8 @@ void DataGrid::keyPressEvent(QKeyEvent *event)
             emit RowActivated();
         return;
     }
-    if (CopyByKey(*event, *header_, current) || (OpensList(*event) && DropDown(current)))
+    if (CopyByKey(*event, VisibleColumns(*header_), current) ||
+        (OpensList(*event) && DropDown(current)))
         return;
     if (event->key() == Qt::Key_Space && current.isValid() &&
         !model_->flags(current).testAnyFlags(Qt::ItemIsEditable | Qt::ItemIsUserCheckable)) {
@@ -281,7 +282,7 @@ void DataGrid::CopyCell() const
 
 void DataGrid::CopyRow() const
 {
-    CopyText(RowAsText(*header_, currentIndex()));
+    CopyText(RowAsText(VisibleColumns(*header_), currentIndex()));
 }
 
 } // namespace Qel

@@ -17,8 +17,6 @@ namespace Qel {
 
 namespace {
 
-constexpr int BoxSide = 9; // of the expand mark, device-independent pixels
-
 /// A row is as high as the tree says, whatever the style thinks of a line of text.
 class RowDelegate : public QStyledItemDelegate
 {
@@ -431,18 +429,8 @@ void DataTree::drawBranches(QPainter *painter, const QRect &rect, const QModelIn
     }
     if (!model_->hasChildren(index.siblingAtColumn(0)))
         return;
-    const int half = BoxSide / 2;
-    const QPoint center(left + step / 2, middle);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing, false);
-    painter->setPen(palette().color(QPalette::PlaceholderText));
-    painter->setBrush(palette().base());
-    painter->drawRect(QRect(center - QPoint(half, half), QSize(BoxSide - 1, BoxSide - 1)));
-    painter->setPen(palette().color(QPalette::Text));
-    painter->drawLine(center - QPoint(half - 2, 0), center + QPoint(half - 2, 0));
-    if (!isExpanded(index.siblingAtColumn(0)))
-        painter->drawLine(center - QPoint(0, half - 2), center + QPoint(0, half - 2));
-    painter->restore();
+    PaintExpandMark(*painter, *this, {left + step / 2, middle},
+                    isExpanded(index.siblingAtColumn(0)));
 }
 
 // --- Keys ----------------------------------------------------------------------------------------
@@ -467,7 +455,7 @@ void DataTree::keyPressEvent(QKeyEvent *event)
         collapse(current.siblingAtColumn(0));
         return;
     default:
-        if (!CopyByKey(*event, *header_, current))
+        if (!CopyByKey(*event, VisibleColumns(*header_), current))
             QTreeView::keyPressEvent(event);
     }
 }
@@ -479,7 +467,7 @@ void DataTree::CopyCell() const
 
 void DataTree::CopyRow() const
 {
-    CopyText(RowAsText(*header_, currentIndex()));
+    CopyText(RowAsText(VisibleColumns(*header_), currentIndex()));
 }
 
 } // namespace Qel

@@ -19,13 +19,14 @@ public:
     void SetLeastHeight(int height);
     void SetColor(const QColor &color); ///< the text is black or white, whatever reads better
 
+    /// A flat cell: filled, a line at its right, the caption elided in the middle of `room`.
+    static void PaintCaption(QPainter &painter, const QRect &cell, const QRect &room,
+                             const QColor &color, const QString &caption);
+
     QSize sizeHint() const override;
 
 protected:
     int HeightOfRow(int least) const; ///< with room for the font
-    /// A flat cell: filled, a line at its right, the caption elided in the middle of `room`.
-    static void PaintCaption(QPainter &painter, const QRect &cell, const QRect &room,
-                             const QColor &color, const QString &caption);
     /// Shows `caption` as tooltip if it does not fit into a cell of that width.
     void ShowIfElided(QPoint globalPos, const QString &caption, int width);
     void paintSection(QPainter *painter, const QRect &rect, int logicalIndex) const override;

@@ -1,5 +1,6 @@
 #include "frame/ActionBinding.h"
 
+#include "controls/LevelGrid.h"
 #include "dataset/QelError.h"
 
 #include <QAbstractButton>
@@ -29,17 +30,23 @@ void BindButton(QAbstractButton *button, QAction *action)
     follow();
 }
 
-void BindMenu(const QWidget *form, QWidget *widget, const QStringList &names)
+QList<QAction *> MenuOf(const QWidget *form, QObject *owner, const QStringList &names)
 {
+    QList<QAction *> actions;
     for (const QString &name : names) {
         if (name == u"-"_s) {
-            auto *separator = new QAction(widget);
-            separator->setSeparator(true);
-            widget->addAction(separator);
+            actions.append(new QAction(owner));
+            actions.last()->setSeparator(true);
         } else {
-            widget->addAction(ActionOf(form, name));
+            actions.append(ActionOf(form, name));
         }
     }
+    return actions;
+}
+
+void BindMenu(const QWidget *form, QWidget *widget, const QStringList &names)
+{
+    widget->addActions(MenuOf(form, widget, names));
     widget->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
@@ -55,6 +62,10 @@ void BindActions(QWidget *form)
         const QStringList menu = widget->property("menuActions").toStringList();
         if (!menu.isEmpty())
             BindMenu(form, widget, menu);
+        if (const auto *grid = qobject_cast<LevelGrid *>(widget)) {
+            for (GridLevel *level : grid->AllLevels())
+                level->SetActions(MenuOf(form, level, level->MenuActions()));
+        }
     }
 }
 

@@ -5,6 +5,7 @@
 #include "controls/BandedGrid.h"
 #include "controls/DataTree.h"
 #include "controls/ImageComboBox.h"
+#include "controls/LevelGrid.h"
 #include "frame/GridStyles.h"
 #include "remote/PageGuide.h"
 
@@ -83,6 +84,12 @@ void StyleTree(DataTree &tree, TData_Module &)
     tree.header()->setSectionsMovable(true);
 }
 
+void StyleLevelGrid(LevelGrid &grid, TData_Module &)
+{
+    StyleView(grid, TableSheet());
+    grid.header()->setSectionsMovable(true);
+}
+
 void StyleTabs(QTabWidget &tabs, TData_Module &)
 {
     tabs.setTabShape(QTabWidget::Rounded); // no slanted edges
@@ -150,6 +157,7 @@ constexpr bool (*rules[])(QWidget *, TData_Module &) = {
     Rule<BandedGrid, StyleBandedGrid>,
     Rule<DataGrid, StyleGrid>,
     Rule<DataTree, StyleTree>,
+    Rule<LevelGrid, StyleLevelGrid>,
     Rule<QTabWidget, StyleTabs>,
     Rule<ImageComboBox, StyleImageCombo>,
     Rule<QComboBox, StyleCombo>,

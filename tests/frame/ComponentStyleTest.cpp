@@ -5,6 +5,7 @@
 #include "controls/DataTree.h"
 #include "controls/DateEdit.h"
 #include "controls/ImageComboBox.h"
+#include "controls/LevelGrid.h"
 #include "remote/PageGuide.h"
 #include "support/Raised.h"
 
@@ -118,6 +119,18 @@ private slots:
         QVERIFY(!tree->LineColor().isValid());
         QVERIFY(tree->header()->sectionsMovable());
         QCOMPARE(tree->palette().color(QPalette::Active, QPalette::Highlight), QColor(0xABC4FE));
+    }
+
+    void LevelGrid()
+    {
+        auto *grid = new Qel::LevelGrid(form_.get());
+        grid->SetLevels({u"TopView|ID"_s, u"DetailView|ID|TOP_ID"_s});
+        module_.SetFormStyle(form_.get());
+        QCOMPARE(grid->frameShape(), QFrame::NoFrame);
+        QCOMPARE(grid->RowHeight(), 20);
+        QCOMPARE(grid->HeaderHeight(), 22);
+        QVERIFY(grid->header()->sectionsMovable());
+        QCOMPARE(grid->palette().color(QPalette::Active, QPalette::Highlight), QColor(0xABC4FE));
     }
 
     void PageControlHasNoSlantedTabs()
