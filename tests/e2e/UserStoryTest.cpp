@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QTreeView>
 
+#include <memory>
+
 using namespace Qel;
 using namespace Qel::Test;
 using namespace Qt::StringLiterals;
@@ -18,7 +20,7 @@ QString IdOf(const QString &userCode)
     return u"(SELECT USER_ID FROM USR_USER WHERE USER_CODE='"_s + userCode + u"')"_s;
 }
 
-/// The group users' screen with the group 000101 focused, as the operator finds it.
+/// The group users' screen, over the group 000101.
 class Story
 {
 public:
@@ -27,11 +29,15 @@ public:
         , name(
               site.Select(u"SELECT UNION_NAME FROM UNI_UNION WHERE UNION_CODE='000101'"_s).value(0))
     {
+    }
+
+    /// Focuses the group, as the operator finds it.
+    void FindGroup()
+    {
         Type(screen, u"edInfo"_s, u"000101"_s);
         Press(screen, u"edInfo"_s, Qt::Key_Return);
         const auto *tree = Child<QTreeView>(screen, u"TreeGrid"_s);
-        if (tree->currentIndex().siblingAtColumn(1).data() != name)
-            FailTest(u"the group is not focused"_s);
+        QCOMPARE(tree->currentIndex().siblingAtColumn(1).data().toString(), name);
     }
 
     QTableView &Listed() { return Grid(screen, u"GridUserView"_s); }
@@ -101,105 +107,109 @@ class UserStoryTest : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { story_ = std::make_unique<Story>(); }
+    void cleanupTestCase() { story_.reset(); }
+    void init() { story_->FindGroup(); }
+
     void GroupIsFoundInTheTreeAndItsUsersAreListed()
     {
-        Story story;
-        Type(story.screen, u"edInfo"_s, {});
-        Press(story.screen, u"edInfo"_s, Qt::Key_Return);
-        auto *tree = Child<QTreeView>(story.screen, u"TreeGrid"_s);
+        Type(story_->screen, u"edInfo"_s, {});
+        Press(story_->screen, u"edInfo"_s, Qt::Key_Return);
+        auto *tree = Child<QTreeView>(story_->screen, u"TreeGrid"_s);
         const QModelIndex third = tree->model()->index(2, 0);
-        Type(story.screen, u"edInfo"_s, third.siblingAtColumn(1).data().toString());
+        Type(story_->screen, u"edInfo"_s, third.siblingAtColumn(1).data().toString());
         Press(tree, Qt::Key_F3);
         QCOMPARE(tree->currentIndex().row(), 2);
-        QTRY_VERIFY(story.ListIsWhatIsStored(
+        QTRY_VERIFY(story_->ListIsWhatIsStored(
             u"(SELECT UNION_ID FROM UNI_UNION WHERE UNION_CODE='%1')"_s.arg(
                 third.data().toString())));
-        QVERIFY(!story.ListedCodes().isEmpty());
+        QVERIFY(!story_->ListedCodes().isEmpty());
     }
 
     void UsersAreMovedInWhileAColleagueIsFaster()
     {
-        Story story;
-        QVERIFY(!story.ListedCodes().isEmpty());
-        QVERIFY(story.ListIsWhatIsStored());
-        const QStringList before = story.ListedCodes();
+        QVERIFY(!story_->ListedCodes().isEmpty());
+        QVERIFY(story_->ListIsWhatIsStored());
+        const QStringList before = story_->ListedCodes();
 
         QStringList moved;
-        story.InPicker([&](QWidget *picker, QTableView &candidates) {
+        story_->InPicker([&](QWidget *picker, QTableView &candidates) {
             QCOMPARE(candidates.model()->rowCount(), 50);
             moved = Texts(candidates, u"用户编码"_s).mid(0, 3);
             for (const QString &code : Texts(candidates, u"用户编码"_s))
                 QVERIFY(!before.contains(code));
             Tick(candidates, {0, 1, 2});
-            QCOMPARE(story.Colleague(u"insertUniUser"_s, moved[1]), u"1"_s);
+            QCOMPARE(story_->Colleague(u"insertUniUser"_s, moved[1]), u"1"_s);
             QCOMPARE(Answers({u"Yes"_s}, [&] { Click(picker, u"btnSelect"_s); }),
-                     QStringList{u"确定将用户移入到“%1”中吗？"_s.arg(story.name)});
+                     QStringList{u"确定将用户移入到“%1”中吗？"_s.arg(story_->name)});
             QVERIFY(!picker->isVisible());
         });
-        QCOMPARE(story.ListedCodes(), before + moved);
-        QVERIFY(story.ListIsWhatIsStored());
-        QCOMPARE(story.Log(moved[0]), QStringList{u"系统管理员/1"_s});
-        QCOMPARE(story.Log(moved[1]), QStringList{story.site.Colleague() + u"/1"_s});
-        QCOMPARE(story.Log(moved[2]), QStringList{u"系统管理员/1"_s});
+        QCOMPARE(story_->ListedCodes(), before + moved);
+        QVERIFY(story_->ListIsWhatIsStored());
+        QCOMPARE(story_->Log(moved[0]), QStringList{u"系统管理员/1"_s});
+        QCOMPARE(story_->Log(moved[1]), QStringList{story_->site.Colleague() + u"/1"_s});
+        QCOMPARE(story_->Log(moved[2]), QStringList{u"系统管理员/1"_s});
     }
 
     void UserWhoWasDisabledMeanwhileEndsTheMoveOnScreenOnly()
     {
-        Story story;
-        const QStringList before = story.ListedCodes();
+        const QStringList before = story_->ListedCodes();
         QStringList chosen;
-        story.InPicker([&](QWidget *picker, QTableView &candidates) {
+        story_->InPicker([&](QWidget *picker, QTableView &candidates) {
             chosen = Texts(candidates, u"用户编码"_s).mid(0, 3);
             Tick(candidates, {0, 1, 2});
-            story.site.Change(u"UPDATE USR_USER SET ENABLE_FLAG='0' WHERE USER_CODE='"_s +
-                              chosen[1] + u'\'');
+            story_->site.Change(u"UPDATE USR_USER SET ENABLE_FLAG='0' WHERE USER_CODE='"_s +
+                                chosen[1] + u'\'');
             QCOMPARE(Answers({u"Yes"_s, u"Ok"_s}, [&] { Click(picker, u"btnSelect"_s); }),
-                     QStringList({u"确定将用户移入到“%1”中吗？"_s.arg(story.name),
-                                  u"将用户移入“%1”失败！"_s.arg(story.name)}));
+                     QStringList({u"确定将用户移入到“%1”中吗？"_s.arg(story_->name),
+                                  u"将用户移入“%1”失败！"_s.arg(story_->name)}));
             QVERIFY(picker->isVisible());
             QCOMPARE(Texts(candidates, u"用户编码"_s).mid(0, 2), chosen.mid(1));
             QCOMPARE(candidates.currentIndex().row(), 0);
             Click(picker, u"btnCancel"_s);
         });
-        QCOMPARE(story.ListedCodes(), before + chosen.mid(0, 1));
+        QCOMPARE(story_->ListedCodes(), before + chosen.mid(0, 1));
         // The third was stored, and the next query tells.
-        Press(story.screen, u"edInfo"_s, Qt::Key_Return);
-        QVERIFY(story.ListIsWhatIsStored());
-        QVERIFY(story.ListedCodes().contains(chosen[2]));
-        QVERIFY(!story.ListedCodes().contains(chosen[1]));
-        QCOMPARE(story.Log(chosen[1]), QStringList());
-        QCOMPARE(story.Log(chosen[2]), QStringList{u"系统管理员/1"_s});
+        Press(story_->screen, u"edInfo"_s, Qt::Key_Return);
+        QVERIFY(story_->ListIsWhatIsStored());
+        QVERIFY(story_->ListedCodes().contains(chosen[2]));
+        QVERIFY(!story_->ListedCodes().contains(chosen[1]));
+        QCOMPARE(story_->Log(chosen[1]), QStringList());
+        QCOMPARE(story_->Log(chosen[2]), QStringList{u"系统管理员/1"_s});
     }
 
     void UsersAreMovedOutWhileAColleagueIsFaster()
     {
-        Story story;
-        const QStringList before = story.ListedCodes();
+        const QStringList before = story_->ListedCodes();
         const QString groups = u"SELECT count(*) FROM UNI_USER_UNION WHERE LAST_OPERATE<>'D' AND "
                                "USER_ID="_s +
                                IdOf(before[0]);
-        const int groupsBefore = story.site.Select(groups).value(0).toInt();
+        const int groupsBefore = story_->site.Select(groups).value(0).toInt();
         const QString user =
-            story.site
+            story_->site
                 .Select(u"SELECT USER_NAME FROM USR_USER WHERE USER_CODE='"_s + before[0] + u'\'')
                 .value(0);
-        QCOMPARE(story.MoveOut(before[0]), u"确定将用户“%1”移出“%2”吗？"_s.arg(user, story.name));
-        QCOMPARE(story.ListedCodes(), before.mid(1));
-        QVERIFY(story.ListIsWhatIsStored());
-        QCOMPARE(story.Log(before[0]), QStringList{u"系统管理员/5"_s});
+        QCOMPARE(story_->MoveOut(before[0]),
+                 u"确定将用户“%1”移出“%2”吗？"_s.arg(user, story_->name));
+        QCOMPARE(story_->ListedCodes(), before.mid(1));
+        QVERIFY(story_->ListIsWhatIsStored());
+        QCOMPARE(story_->Log(before[0]), QStringList{u"系统管理员/5"_s});
         // The user and the user's other groups stay.
-        QCOMPARE(story.site.Select(groups).value(0).toInt(), groupsBefore - 1);
-        QCOMPARE(story.site.Select(u"SELECT ENABLE_FLAG||LAST_OPERATE FROM USR_USER WHERE "
-                                   "USER_CODE='"_s +
-                                   before[0] + u'\''),
+        QCOMPARE(story_->site.Select(groups).value(0).toInt(), groupsBefore - 1);
+        QCOMPARE(story_->site.Select(u"SELECT ENABLE_FLAG||LAST_OPERATE FROM USR_USER WHERE "
+                                     "USER_CODE='"_s +
+                                     before[0] + u'\''),
                  QStringList{u"11"_s});
 
-        QCOMPARE(story.Colleague(u"deleteUniUser"_s, before[1]), u"1"_s);
-        story.MoveOut(before[1]); // one box: the question
-        QCOMPARE(story.ListedCodes(), before.mid(2));
-        QVERIFY(story.ListIsWhatIsStored());
-        QCOMPARE(story.Log(before[1]), QStringList{story.site.Colleague() + u"/5"_s});
+        QCOMPARE(story_->Colleague(u"deleteUniUser"_s, before[1]), u"1"_s);
+        story_->MoveOut(before[1]); // one box: the question
+        QCOMPARE(story_->ListedCodes(), before.mid(2));
+        QVERIFY(story_->ListIsWhatIsStored());
+        QCOMPARE(story_->Log(before[1]), QStringList{story_->site.Colleague() + u"/5"_s});
     }
+
+private:
+    std::unique_ptr<Story> story_; // one for all: each test takes users of its own
 };
 
 QTEST_MAIN(UserStoryTest)
