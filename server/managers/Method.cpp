@@ -3,6 +3,7 @@
 #include "managers/BusDataRollBack.h"
 #include "managers/OrgAffiliation.h"
 #include "managers/RuleManager.h"
+#include "managers/StockManager.h"
 #include "managers/UniPrice.h"
 #include "managers/UniProduct.h"
 #include "managers/UniUnion.h"
@@ -56,7 +57,8 @@ const QList<Method> &Methods()
 {
     static const QList<Method> methods =
         UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods() +
-        UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods() + OrgAffiliationMethods();
+        UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods() + OrgAffiliationMethods() +
+        StockManagerMethods();
     return methods;
 }
 

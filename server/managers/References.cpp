@@ -38,6 +38,14 @@ bool IsLiveOrganisation(Store::Connection &connection, const QString &orgId)
                              {orgId});
 }
 
+bool ShareGroup(Store::Connection &connection, const QString &orgId, const QString &otherOrgId)
+{
+    return connection.Exists("SELECT 1 FROM UNI_ORG A, UNI_ORG B WHERE A.ORG_ID = ?1"
+                             " AND B.UNION_ID = A.UNION_ID AND B.ORG_ID = ?2"
+                             " AND A.LAST_OPERATE <> 'D' AND B.LAST_OPERATE <> 'D'",
+                             {orgId, otherOrgId});
+}
+
 bool IsUserInUse(Store::Connection &connection, const QString &userId)
 {
     return connection.Exists("SELECT 1 FROM USR_USER U, BAS_ORG O WHERE U.USER_ID = ?1"

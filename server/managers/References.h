@@ -16,6 +16,8 @@ bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,
 bool IsOrganisationInUse(Store::Connection &connection, const QString &orgId);
 /// Live, in use or not: what the organisation picker offers.
 bool IsLiveOrganisation(Store::Connection &connection, const QString &orgId);
+/// Live members of one group.
+bool ShareGroup(Store::Connection &connection, const QString &orgId, const QString &otherOrgId);
 /// May log in, for an organisation in use.
 bool IsUserInUse(Store::Connection &connection, const QString &userId);
 bool IsProductInUse(Store::Connection &connection, const QString &productId);

@@ -4,7 +4,7 @@
 
 namespace Qel::Managers {
 
-/// com.business.admin.RuleManager: rules of groups.
+/// com.business.admin.RuleManager: rules of groups and of organisations.
 QList<Method> RuleManagerMethods();
 
 } // namespace Qel::Managers

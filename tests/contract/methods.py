@@ -4,6 +4,7 @@ import uuid
 
 ADMIN = "com.business.admin."
 ROLLBACK = "com.business.rollback.BusDataRollBack"
+STOCK = "com.business.stock.StockManager"
 AFFILIATION = "com.business.basedata.OrgAffiliationManager"
 
 
@@ -231,3 +232,56 @@ class Methods:
         self.assertEqual(table.rows, [[other]])
         self.assertEqual([self.take_out(below), self.take_out(other), self.take_out(other),
                           self.take_out("no-such-organisation")], ["1", "1", "1", "0"])
+
+    # Stock
+
+    def permission(self, owner, viewer, show_quantity="0", operation="1"):
+        return {"OWNER_ORGID": owner, "ORG_ID": viewer, "SHOW_QTY": show_quantity,
+                "LAST_OPERATE": operation}
+
+    def test_stock_is_opened_within_a_group_and_not_to_itself(self):
+        _, owner, viewer, _ = self.quotation()
+        stranger = self.column("SELECT ORG_ID FROM BAS_ORG WHERE LAST_OPERATE <> 'D' AND ORG_ID NOT IN"
+                               " (SELECT ORG_ID FROM UNI_ORG WHERE LAST_OPERATE <> 'D')")[0]
+        save = "stockOrgManager"
+        live = ("SELECT SHOW_QTY FROM STK_ORG_SET WHERE LAST_OPERATE <> 'D'"
+                f" AND OWNER_ORGID = '{owner}' AND ORG_ID = '{viewer}'")
+        for flag in ("0", "0", "1"):  # what stands already is "1", too
+            self.assertEqual(self.codes(STOCK, save, [self.permission(owner, viewer, flag)]), ["1"])
+            self.assertEqual(self.column(live), [flag])
+        for other, code in ((owner, "-1"), (stranger, "-2"), ("no-such", "0")):
+            with self.subTest(code=code):
+                self.assertEqual(self.codes(STOCK, save, [self.permission(owner, viewer, "0"),
+                                                          self.permission(owner, other)]),
+                                 [code, code])
+        self.assertEqual(self.column(live), ["1"])
+        for _ in range(2):
+            self.assertEqual(self.codes(STOCK, save, [self.permission(owner, viewer, "1", "D")]),
+                             ["1"])
+        self.assertEqual(self.column(live), [])
+        self.assertEqual(self.codes(STOCK, save, [self.permission(owner, stranger, "1", "D")]), ["0"])
+
+    # Rules of organisations
+
+    def test_a_superior_is_read_under_the_other_code(self):
+        org, superior = self.column("SELECT ORG_ID FROM BAS_ORG WHERE LAST_OPERATE <> 'D' AND"
+                                    " ENABLE_FLAG = '1' AND ORG_ID NOT IN (SELECT ORG_ID FROM"
+                                    " UNI_ORG_RULE WHERE LAST_OPERATE <> 'D') ORDER BY ORG_ID")[:2]
+
+        def save(code, value, value_type, operation="1"):
+            return self.codes(ADMIN + "RuleManager", "insertUpdateOrgRule", [
+                {"ORG_ID": org, "RULE_CODE": code, "RULE_NAME": "规则", "RULE_VALUE": value,
+                 "VALUE_TYPE": value_type, "REMARK": "", "ENABLE_FLAG": "1",
+                 "LAST_OPERATE": operation}])
+
+        self.assertEqual(save("ORG_SJJGSH_ID", superior, "S"), ["1"])
+        self.assertEqual(save("ORG_SJJGSH_ID", superior, "S"), ["1"])
+        table = self.peer.query("SELECT RULE_CODE, RULE_VALUE FROM UNI_ORG_RULE"
+                                f" WHERE LAST_OPERATE <> 'D' AND ORG_ID = '{org}'")
+        self.assertEqual(table.rows, [["ORG_SJJGSH_ORGID", superior]])
+        for code, value, value_type in (("ORG_SJJGSH_ORGID", superior, "S"),
+                                        ("ORG_SJJGSH_ID", org, "S"), ("ORG_SJJGSH", "2", "B"),
+                                        ("ORG_DDYXQ_TS", "10000", "S"), ("ORG_LCML", "1", "B")):
+            with self.subTest(code=code, value=value):
+                self.assertEqual(save(code, value, value_type), ["0"])
+        self.assertEqual(save("ORG_SJJGSH_ID", "", "S", "D"), ["1"])

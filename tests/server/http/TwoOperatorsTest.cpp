@@ -135,6 +135,46 @@ private slots:
                  4);
     }
 
+    void BothHaveTheStockOpenedAndClosedOnce()
+    {
+        Server server;
+        server.Connection().Run("INSERT INTO UNI_ORG (UNION_ID, ORG_ID)"
+                                " VALUES ('300002', '200001'), ('300002', '200002')");
+        Wire::NamedValues row{{u"OWNER_ORGID"_s, u"200001"_s},
+                              {u"LAST_OPERATE"_s, u"1"_s},
+                              {u"SHOW_QTY"_s, u"0"_s},
+                              {u"ORG_ID"_s, {}}};
+        int entries = 0;
+        for (const auto &operation : {u"1"_s, u"D"_s, u"1"_s}) {
+            for (const auto &viewer : {u"200002"_s, u"200007"_s}) {
+                row[1].second = operation;
+                row[3].second = viewer;
+                QCOMPARE(
+                    server.Race(u"com.business.stock.StockManager"_s, u"stockOrgManager"_s, row),
+                    QStringList({u"1"_s, u"1"_s}));
+                QCOMPARE(server.Number("SELECT count(*) FROM SYS_UPDATE_LOG"), ++entries);
+            }
+        }
+        QCOMPARE(server.Number("SELECT count(*) FROM STK_ORG_SET WHERE LAST_OPERATE <> 'D'"), 2);
+    }
+
+    void BothHaveTheRuleStoredOnce()
+    {
+        Server server;
+        QCOMPARE(server.Race(u"com.business.admin.RuleManager"_s, u"insertUpdateOrgRule"_s,
+                             {{u"ORG_ID"_s, u"200002"_s},
+                              {u"RULE_CODE"_s, u"ORG_SJJGSH_ID"_s},
+                              {u"RULE_NAME"_s, u"上级审核机构ID"_s},
+                              {u"RULE_VALUE"_s, u"200001"_s},
+                              {u"VALUE_TYPE"_s, u"S"_s},
+                              {u"REMARK"_s, {}},
+                              {u"ENABLE_FLAG"_s, u"1"_s},
+                              {u"LAST_OPERATE"_s, u"1"_s}}),
+                 QStringList({u"1"_s, u"1"_s}));
+        QCOMPARE(server.Number("SELECT count(*) FROM UNI_ORG_RULE"), 1);
+        QCOMPARE(server.Number("SELECT count(*) FROM SYS_UPDATE_LOG"), 1);
+    }
+
     void BothHaveTheUserMovedOutOnce()
     {
         Server server;
