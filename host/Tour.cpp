@@ -58,6 +58,10 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN05-add", u"ADMIN05", {u"ActAdd"}},
     {u"ADMIN05-owner", u"ADMIN05", {u"ActAdd", u"edOwnerOrg", u"+BtnQuery"}},
     {u"ADMIN06-rules", u"ADMIN06", {u"+ActModify"}},
+    {u"ADMIN09-announcements", u"ADMIN09", {u"-edStart", u"+ActionQuery"}},
+    {u"ADMIN09-new", u"ADMIN09", {u"ActionNew"}},
+    {u"ADMIN09-modify", u"ADMIN09", {u"ActionModify"}},
+    {u"ADMIN09-log", u"ADMIN09", {u"ActionLog"}},
 };
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "screens/OrgRuleSet.h"
 #include "screens/PrcUniPrice.h"
 #include "screens/StockOrgSet.h"
+#include "screens/SysAffiche.h"
 #include "screens/TraRollBack.h"
 #include "screens/UniUnion.h"
 #include "screens/UniUser.h"
@@ -40,7 +41,7 @@ constexpr std::array Forms{
     Form{u"ADMIN06", u"营运管理－机构规则设置", u"TFrmOrgRuleSet", Make<TFrmOrgRuleSet>},
     Form{u"ADMIN07", u"营运管理－机构从属关系", u"TFrmMrgOrgAffiliation", nullptr},
     Form{u"ADMIN08", u"营运管理－机构药库设置", u"TFrmTraBuyCatalog", nullptr},
-    Form{u"ADMIN09", u"营运管理－公告管理", u"TFrmSysAffiche", nullptr},
+    Form{u"ADMIN09", u"营运管理－公告管理", u"TFrmSysAffiche", Make<TFrmSysAffiche>},
 };
 
 TFormClass ClassOf(const Form &form)

@@ -126,7 +126,7 @@ void CellDelegate::setEditorData(QWidget *editor, const QModelIndex &index) cons
     if (auto *combo = qobject_cast<ImageComboBox *>(editor)) {
         combo->SetEditValue(text);
     } else if (auto *date = qobject_cast<DateEdit *>(editor)) {
-        date->SetValue(QDateTime::fromString(text.left(10), u"yyyy-MM-dd"));
+        date->SetDateText(text);
     } else if (auto *currency = qobject_cast<CurrencyEdit *>(editor)) {
         currency->SetValue(text);
         currency->selectAll();
@@ -145,7 +145,7 @@ void CellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
         text = combo->EditValue();
     } else if (auto *date = qobject_cast<DateEdit *>(editor)) {
         date->TakeTyped(); // the delegate hears of a lost focus before the editor does
-        text = date->IsEmpty() ? QString() : date->Value().toString(u"yyyy-MM-dd");
+        text = date->DateText();
     } else if (auto *currency = qobject_cast<CurrencyEdit *>(editor)) {
         text = currency->Value();
         if (!currency->isModified() || IsSameCurrency(text, before))

@@ -68,9 +68,20 @@ double DateEdit::DayNumber() const
            double(value_.time().msecsSinceStartOfDay()) / MillisecondsADay;
 }
 
+QString DateEdit::DateText() const
+{
+    return IsEmpty() ? QString() : value_.toString(DateFormat);
+}
+
+void DateEdit::SetDateText(QStringView text)
+{
+    SetValue(QDate::fromString(text.first(qMin(text.size(), DateFormat.size())), DateFormat)
+                 .startOfDay());
+}
+
 void DateEdit::ShowValue()
 {
-    setText(IsEmpty() ? QString() : value_.toString(DateFormat));
+    setText(DateText());
 }
 
 void DateEdit::TakeTyped()

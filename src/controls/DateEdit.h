@@ -31,6 +31,9 @@ public:
     QDateTime Value() const;
     void SetValue(const QDateTime &value); ///< an invalid one, or EmptyDate(), clears
     double DayNumber() const;
+    QString DateText() const; ///< as it is shown, yyyy-MM-dd; empty when empty
+    /// Takes the date of a field's text, "2024-03-05 13:07:00"; anything but a date clears.
+    void SetDateText(QStringView text);
 
     void TakeTyped(); ///< what was typed becomes the value now, or gives way to it
     void DropDown();

@@ -2,6 +2,7 @@
 
 #include <QAbstractItemView>
 #include <QScopedValueRollback>
+#include <QStylePainter>
 #include <QStyledItemDelegate>
 #include <QWheelEvent>
 
@@ -73,16 +74,17 @@ void ImageComboBox::AddItem(const QString &value, const QString &text, const QIc
 
 void ImageComboBox::ClearItems()
 {
+    choice_.reset();
     FillAnew([this] { clear(); }, {});
 }
 
 void ImageComboBox::FillAnew(const std::function<void()> &fill, const QString &value)
 {
-    const bool hadSelection = currentIndex() >= 0;
+    const bool hadValue = currentIndex() >= 0 || choice_;
     {
         const QScopedValueRollback guard(filling_, true);
         fill();
-        setCurrentIndex(hadSelection ? IndexOf(value) : -1);
+        setCurrentIndex(hadValue ? IndexOf(value) : -1);
     }
     ReportChange();
 }
@@ -94,12 +96,36 @@ int ImageComboBox::IndexOf(const QString &value) const
 
 QString ImageComboBox::EditValue() const
 {
-    return currentData().toString();
+    return currentIndex() < 0 && choice_ ? choice_->value : currentData().toString();
+}
+
+QString ImageComboBox::ShownText() const
+{
+    return currentIndex() < 0 && choice_ ? choice_->text : currentText();
 }
 
 void ImageComboBox::SetEditValue(const QString &value)
 {
-    setCurrentIndex(IndexOf(value));
+    Select(IndexOf(value), {});
+}
+
+void ImageComboBox::SetChoice(const QString &value, const QString &text)
+{
+    const int index = IndexOf(value);
+    Select(index, index < 0 ? std::optional(ValueItem{value, text}) : std::nullopt);
+}
+
+void ImageComboBox::ClearSelection()
+{
+    Select(-1, {});
+}
+
+void ImageComboBox::Select(int index, const std::optional<ValueItem> &choice)
+{
+    choice_ = choice;
+    setCurrentIndex(index);
+    ReportChange(); // also where the index stayed
+    update();
 }
 
 void ImageComboBox::SetItemHeight(int height)
@@ -110,6 +136,7 @@ void ImageComboBox::SetItemHeight(int height)
 
 void ImageComboBox::showPopup()
 {
+    emit DroppingDown();
     QComboBox::showPopup();
     // Where nothing is selected, the base makes the first item current without showing it.
     if (currentIndex() < 0)
@@ -120,12 +147,26 @@ void ImageComboBox::ReportChange()
 {
     if (filling_)
         return;
-    const bool selected = currentIndex() >= 0;
+    if (currentIndex() >= 0)
+        choice_.reset();
+    const bool selected = currentIndex() >= 0 || choice_;
     if (selected == reportedSelected_ && EditValue() == reportedValue_)
         return;
     reportedSelected_ = selected;
     reportedValue_ = EditValue();
     emit EditValueChanged();
+}
+
+void ImageComboBox::paintEvent(QPaintEvent *event)
+{
+    if (currentIndex() >= 0 || !choice_)
+        return QComboBox::paintEvent(event);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    option.currentText = choice_->text;
+    QStylePainter painter(this);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
 }
 
 void ImageComboBox::wheelEvent(QWheelEvent *event)

@@ -67,6 +67,19 @@ bool IsDateEmpty(const DateEdit &edit)
     return edit.IsEmpty();
 }
 
+QDateTime DateIn(DateEdit &edit)
+{
+    edit.TakeTyped();
+    return edit.Value();
+}
+
+void PresetDates(DateEdit &from, DateEdit &to, int days)
+{
+    const QDate today = QDate::currentDate();
+    from.SetValue(today.addDays(-days).startOfDay());
+    to.SetValue(today.startOfDay());
+}
+
 QString ToDateSQL(const QDateTime &value)
 {
     return DateLiteral(value.date(), value.date().isValid() ? value.time() : QTime(0, 0));

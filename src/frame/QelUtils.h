@@ -19,6 +19,12 @@ QString Quoted(QStringView text);
 /// Whether the editor holds its empty-date value.
 bool IsDateEmpty(const DateEdit &edit);
 
+/// The editor's value. What is typed there counts, whether or not the edit has been left.
+QDateTime DateIn(DateEdit &edit);
+
+/// A date range at first: from `days` before today to today.
+void PresetDates(DateEdit &from, DateEdit &to, int days);
+
 /// to_date('2024-03-05 00:00:00','yyyy-mm-dd HH24:MI:SS'). An invalid value, which is how an
 /// empty date arrives, is written 0000-00-00.
 QString ToDateSQL(const QDateTime &value);

@@ -5,6 +5,7 @@
 #include "frame/Guards.h"
 #include "frame/MisCommon.h"
 #include "frame/Posting.h"
+#include "frame/QelUtils.h"
 #include "frame/QueryPage.h"
 #include "frame/ResultMessages.h"
 #include "ui_TraRollBack.h"
@@ -51,20 +52,6 @@ QString AskAndSend(const RollBack &rollBack)
         rollBack.onSuccess();
     ShowResultMessage(code, rollBack.messages);
     return code;
-}
-
-/// What is typed there counts, whether or not the edit has been left.
-QDateTime DateIn(DateEdit &edit)
-{
-    edit.TakeTyped();
-    return edit.Value();
-}
-
-void PresetDates(DateEdit &from, DateEdit &to)
-{
-    const QDate today = QDate::currentDate();
-    from.SetValue(today.addDays(-DaysShown).startOfDay());
-    to.SetValue(today.startOfDay());
 }
 
 } // namespace
@@ -176,9 +163,9 @@ void TFrmTraRollBack::CustomKeyPress()
 
 void TFrmTraRollBack::FormShow()
 {
-    PresetDates(*ui_->edBuyerOrderStart, *ui_->edBuyerOrderEnd);
-    PresetDates(*ui_->dtReceiveDateFrom1, *ui_->dtReceiveDateTo1);
-    PresetDates(*ui_->dtReceiveDateFrom, *ui_->dtReceiveDateTo);
+    PresetDates(*ui_->edBuyerOrderStart, *ui_->edBuyerOrderEnd, DaysShown);
+    PresetDates(*ui_->dtReceiveDateFrom1, *ui_->dtReceiveDateTo1, DaysShown);
+    PresetDates(*ui_->dtReceiveDateFrom, *ui_->dtReceiveDateTo, DaysShown);
     UpdateActions();
     ui_->edCode->setFocus();
 }

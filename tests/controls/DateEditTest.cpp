@@ -53,6 +53,26 @@ private slots:
         QCOMPARE(edit_->DayNumber(), 36526.5);
     }
 
+    void TakesTheDateOfAFieldsText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("date and time") << u"2024-03-05 13:07:00"_s << u"2024-03-05"_s;
+        QTest::newRow("date") << u"2024-03-05"_s << u"2024-03-05"_s;
+        QTest::newRow("nothing") << u""_s << u""_s;
+        QTest::newRow("no date") << u"2024-02-30"_s << u""_s;
+        QTest::newRow("cut off") << u"2024-03"_s << u""_s;
+    }
+    void TakesTheDateOfAFieldsText()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, shown);
+        edit_->SetValue(QDate(2020, 1, 1).startOfDay());
+        edit_->SetDateText(text);
+        QCOMPARE(edit_->DateText(), shown);
+        QCOMPARE(edit_->IsEmpty(), shown.isEmpty());
+    }
+
     void TheEmptyDateClears()
     {
         edit_->SetValue(QDate(2024, 3, 5).startOfDay());

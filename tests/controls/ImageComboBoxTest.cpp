@@ -97,6 +97,76 @@ private slots:
         QCOMPARE(changed.size(), 1);
     }
 
+    void AChoiceIsShownBeforeItsItemIsThere()
+    {
+        combo_->ClearItems();
+        QSignalSpy changed(combo_.get(), &ImageComboBox::EditValueChanged);
+        combo_->SetChoice(u"7"_s, u"集团"_s);
+        QCOMPARE(combo_->count(), 0);
+        QCOMPARE(combo_->EditValue(), u"7"_s);
+        QCOMPARE(combo_->ShownText(), u"集团"_s);
+        QCOMPARE(changed.size(), 1);
+        combo_->SetItems(QStringList{u"6|甲"_s, u"7|乙"_s});
+        QCOMPARE(combo_->currentIndex(), 1);
+        QCOMPARE(combo_->ShownText(), u"乙"_s);
+        QCOMPARE(changed.size(), 1);
+    }
+
+    void AChoiceThatIsNotAmongTheItemsStaysUntilAnotherIsMade()
+    {
+        combo_->SetChoice(u"7"_s, u"集团"_s);
+        combo_->SetItems(QStringList{u"6|甲"_s});
+        QCOMPARE(combo_->EditValue(), u"7"_s);
+        combo_->setCurrentIndex(0);
+        QCOMPARE(combo_->EditValue(), u"6"_s);
+        combo_->setCurrentIndex(-1);
+        QCOMPARE(combo_->EditValue(), QString());
+        QCOMPARE(combo_->ShownText(), QString());
+    }
+
+    void AChoiceAmongTheItemsSelectsOne()
+    {
+        combo_->SetChoice(u"5"_s, u"别的"_s);
+        QCOMPARE(combo_->currentIndex(), 2);
+        QCOMPARE(combo_->ShownText(), u"药房"_s);
+    }
+
+    void ClearingTheSelectionDropsAChoiceToo()
+    {
+        combo_->SetChoice(u"7"_s, u"集团"_s);
+        QSignalSpy changed(combo_.get(), &ImageComboBox::EditValueChanged);
+        combo_->ClearSelection();
+        QCOMPARE(combo_->EditValue(), QString());
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(combo_->count(), 3);
+        combo_->SetEditValue(u"4"_s);
+        combo_->ClearSelection();
+        QCOMPARE(combo_->currentIndex(), -1);
+    }
+
+    void AChoiceIsPainted()
+    {
+        combo_->resize(160, 30);
+        const QImage empty = combo_->grab().toImage();
+        combo_->SetChoice(u"7"_s, u"集团"_s);
+        const QImage shown = combo_->grab().toImage();
+        QVERIFY(shown != empty);
+        combo_->SetItems(QStringList{u"7|集团"_s});
+        QCOMPARE(combo_->grab().toImage(), shown);
+    }
+
+    void AListCanBeFilledWhenItDropsDown()
+    {
+        combo_->ClearItems();
+        combo_->show();
+        connect(combo_.get(), &ImageComboBox::DroppingDown, this,
+                [this] { combo_->AddItem(u"1"_s, u"甲"_s); });
+        combo_->showPopup();
+        QVERIFY(combo_->view()->isVisible());
+        QCOMPARE(combo_->count(), 1);
+        QCOMPARE(combo_->EditValue(), QString());
+    }
+
     void TheWheelChangesItOnlyWithTheFocus()
     {
         QWidget window;

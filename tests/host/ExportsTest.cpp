@@ -166,8 +166,8 @@ void ExportsTest::ScreenNotProvidedYetSaysSo()
 {
     QWidget window;
     Init(&window, {});
-    QWidget *screen = Open(Gbk(u"营运管理－公告管理"_s));
-    QCOMPARE(screen->windowTitle(), u"营运管理－公告管理"_s);
+    QWidget *screen = Open(Gbk(u"营运管理－机构药库设置"_s));
+    QCOMPARE(screen->windowTitle(), u"营运管理－机构药库设置"_s);
     QCOMPARE(screen->findChild<QLabel *>(u"lbNotProvided"_s)->text(), u"尚未提供"_s);
 }
 

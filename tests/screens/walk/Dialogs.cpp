@@ -5,6 +5,7 @@
 #include "screens/OrgSelect.h"
 #include "screens/RegionSelect.h"
 #include "screens/StockOrgSetAdd.h"
+#include "screens/SysAfficheEdit.h"
 #include "screens/UniMemberType.h"
 #include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
@@ -47,6 +48,11 @@ TFrmBaseForm *MakeRegionSelect(WalkStage &stage)
     return new TFrmRegionSelect(nullptr);
 }
 
+TFrmBaseForm *MakeSysAfficheEdit(WalkStage &stage)
+{
+    return new TFrmSysAfficheEdit(nullptr, &stage.table);
+}
+
 TFrmBaseForm *MakeUpdateLog(WalkStage &)
 {
     return new TFrmUpdateLog(nullptr, u"SYS_AFFICHE"_s, u"1"_s);
@@ -80,6 +86,7 @@ constexpr WalkedDialog Dialogs[]{
     {"TFrmOrgSelect", Make<TFrmOrgSelect>},
     {"TFrmRegionSelect", MakeRegionSelect},
     {"TFrmStockOrgSetAdd", Make<TFrmStockOrgSetAdd>},
+    {"TFrmSysAfficheEdit", MakeSysAfficheEdit},
     {"TFrmUniProduct", MakeForUnion<TFrmUniProduct>},
     {"TFrmUniRuleConfigure", MakeForUnion<TFrmUniRuleConfigure>},
     {"TFrmUniUnionEdit", MakeUniUnionEdit},
