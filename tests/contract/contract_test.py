@@ -21,7 +21,7 @@ from methods import Methods
 from peer import Peer, Refused
 
 MANAGER = "com.business.admin.UniUnion"
-TARGET = argparse.Namespace(url=None, user="admin", token=secrets.token_hex(16))
+TARGET = argparse.Namespace(started=False, url=None, user="admin", token=secrets.token_hex(16))
 PAGE = Path(__file__).resolve().parents[2] / "docs" / "wire-protocol.md"
 
 
@@ -36,7 +36,7 @@ def start_server(program):
     prefix = "listening on "
     if not line.startswith(prefix):
         raise SystemExit(f"the server did not start: {line!r}, status {process.wait()}")
-    TARGET.url = line.removeprefix(prefix).strip()
+    TARGET.started, TARGET.url = True, line.removeprefix(prefix).strip()
     return process
 
 
@@ -62,6 +62,11 @@ class WithServer(unittest.TestCase):
         made = Peer(TARGET.url, user or TARGET.user, token or TARGET.token, media or self.media)
         self.addCleanup(made.close)
         return made
+
+    def only_on_sample_data(self):
+        """For what cannot be undone."""
+        if not TARGET.started:
+            self.skipTest("would change the records of a server that was not started here")
 
     def refusal(self, status, code, call, *arguments):
         with self.assertRaises(Refused) as caught:

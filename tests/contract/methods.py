@@ -9,7 +9,8 @@ AFFILIATION = "com.business.basedata.OrgAffiliationManager"
 
 
 class Methods:
-    """Works in groups of its own; wants store(), group() and ORGANISATIONS of the contract."""
+    """Works in groups of its own; wants store(), group(), ORGANISATIONS and
+    only_on_sample_data() of the contract."""
 
     # Helpers
 
@@ -196,6 +197,67 @@ class Methods:
                             ("ReceiveRollBack", {"SEND_ID": "no-such"})):
             with self.subTest(method=method, row=row):
                 self.assertEqual(self.peer.post(ROLLBACK, method, [row]), [("0", {})])
+
+    LATEST = "ORD_CODE >= 'DD00019600'"  # of the sample data's orders
+
+    def roll_back(self, method, **row):
+        self.only_on_sample_data()
+        return self.codes(ROLLBACK, method, [row])[0]
+
+    def test_an_order_is_rolled_back_by_line_and_whole(self):
+        entered = set(self.column("SELECT ORD_ITEM_ID FROM TRA_SEND WHERE LAST_OPERATE <> 'D'"
+                                  f" AND {self.LATEST}"))
+        orders = {}  # the lines of each, and whether a line is delivered
+        live = ("SELECT A.ORD_ID, B.ORD_ITEM_ID, B.STATE FROM TRA_ORDER A, TRA_ORDER_ITEM B"
+                " WHERE A.ORD_ID = B.ORD_ID AND A.LAST_OPERATE <> 'D' AND B.LAST_OPERATE <> 'D'"
+                f" AND {self.LATEST} ORDER BY B.ORD_ITEM_ID")
+        for order, line, state in self.peer.query(live).rows:
+            orders.setdefault(order, {})[line] = state == "1" or line in entered
+
+        def roll_back(line, flag):
+            return self.roll_back("DataRollBack", ORD_ITEM_ID=line, ALL_FLAG=flag)
+
+        order, lines = next((order, list(lines)) for order, lines in orders.items()
+                            if len(lines) > 2 and not any(lines.values()))
+        self.assertEqual([roll_back(lines[0], flag) for flag in "001"], ["1", "0", "0"])
+        kept = self.peer.query(f"SELECT ITEM_COUNT, LAST_OPERATE FROM TRA_ORDER WHERE ORD_ID = '{order}'")
+        self.assertEqual(kept.rows, [[str(len(lines) - 1), "1"]])
+        self.assertEqual([roll_back(line, "1") for line in lines[1:3]], ["1", "0"])
+        kept = self.peer.query(f"SELECT LAST_OPERATE FROM TRA_ORDER WHERE ORD_ID = '{order}'")
+        self.assertEqual(kept.rows, [["D"]])
+
+        partly = next(lines for lines in orders.values() if len(set(lines.values())) == 2)
+        for line, delivered in partly.items():
+            self.assertEqual(roll_back(line, "1"), "-1")
+            if delivered:
+                self.assertEqual(roll_back(line, "0"), "-1")
+
+    def test_a_return_and_a_receipt_are_rolled_back_in_this_order(self):
+        returns = self.peer.query(
+            "SELECT A.RETURN_ID, A.SEND_ID, A.CONFIRM_FLAG, A.INVOICE_FLAG, B.INVOICE_FLAG AS SENT"
+            " FROM TRA_RETURN A, TRA_SEND B WHERE A.SEND_ID = B.SEND_ID AND A.LAST_OPERATE <> 'D'"
+            f" AND B.LAST_OPERATE <> 'D' AND B.RECEIVE_FLAG = '1' AND {self.LATEST}").rows
+
+        def first(**flags):
+            wanted = [flags.get(name) for name in ("confirmed", "invoiced", "accepted")]
+            return next((key, delivery) for key, delivery, *found in returns
+                        if all(want in (None, have) for want, have in zip(wanted, found)))
+
+        def give_back(key):
+            return self.roll_back("ReturnRollBack", RETURN_ID=key)
+
+        def receive(key):
+            return self.roll_back("ReceiveRollBack", SEND_ID=key)
+
+        self.assertEqual(give_back(first(invoiced="1")[0]), "-1")
+        self.assertEqual(give_back(first(confirmed="1", invoiced="0")[0]), "-2")
+        self.assertEqual(receive(first(accepted="1")[1]), "-1")
+        key, delivery = first(confirmed="0", invoiced="0", accepted="0")
+        self.assertEqual([receive(delivery), give_back(key), give_back(key)], ["0", "1", "0"])
+        self.assertEqual([receive(delivery), receive(delivery)], ["1", "0"])
+        left = self.peer.query("SELECT RECEIVE_FLAG, SEND_FLAG, LAST_OPERATE FROM TRA_SEND"
+                               f" WHERE SEND_ID = '{delivery}'")
+        self.assertEqual(left.rows, [["0", "1", "1"]])
 
     def test_an_order_is_rolled_back_whole_or_not(self):
         for row in ({"ORD_ITEM_ID": "1", "ALL_FLAG": "2"}, {"ORD_ITEM_ID": "1", "ALL_FLAG": ""},
