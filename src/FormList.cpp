@@ -2,6 +2,7 @@
 
 #include "frame/FormRegistryCtrl.h"
 #include "frame/NotProvided.h"
+#include "screens/MrgOrgAffiliation.h"
 #include "screens/OrgRuleSet.h"
 #include "screens/PrcUniPrice.h"
 #include "screens/StockOrgSet.h"
@@ -39,7 +40,8 @@ constexpr std::array Forms{
     Form{u"ADMIN04", u"营运管理－业务回退", u"TFrmTraRollBack", Make<TFrmTraRollBack>},
     Form{u"ADMIN05", u"营运管理－库存开放维护", u"TFrmStockOrgSet", Make<TFrmStockOrgSet>},
     Form{u"ADMIN06", u"营运管理－机构规则设置", u"TFrmOrgRuleSet", Make<TFrmOrgRuleSet>},
-    Form{u"ADMIN07", u"营运管理－机构从属关系", u"TFrmMrgOrgAffiliation", nullptr},
+    Form{u"ADMIN07", u"营运管理－机构从属关系", u"TFrmMrgOrgAffiliation",
+         Make<TFrmMrgOrgAffiliation>},
     Form{u"ADMIN08", u"营运管理－机构药库设置", u"TFrmTraBuyCatalog", nullptr},
     Form{u"ADMIN09", u"营运管理－公告管理", u"TFrmSysAffiche", Make<TFrmSysAffiche>},
 };

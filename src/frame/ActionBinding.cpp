@@ -21,8 +21,10 @@ QAction *ActionOf(const QWidget *form, const QString &name)
 
 void BindButton(QAbstractButton *button, QAction *action)
 {
-    const auto follow = [button, action] {
-        button->setText(action->text());
+    const bool hasOwnText = !button->text().isEmpty();
+    const auto follow = [button, action, hasOwnText] {
+        if (!hasOwnText)
+            button->setText(action->text());
         button->setEnabled(action->isEnabled());
     };
     QObject::connect(action, &QAction::changed, button, follow);

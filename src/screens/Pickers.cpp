@@ -16,7 +16,7 @@ bool PickRegion(QWidget *owner, ButtonEdit &edit)
     return true;
 }
 
-bool PickOrg(QWidget *owner, const QString &baseSql, ButtonEdit &edit)
+bool PickOrg(QWidget *owner, const QString &baseSql, ButtonEdit &edit, QString *abbr)
 {
     TFrmOrgSelect picker(owner);
     picker.SetOrgText(edit.text());
@@ -24,6 +24,8 @@ bool PickOrg(QWidget *owner, const QString &baseSql, ButtonEdit &edit)
     if (picker.ShowModal() != TModalResult::Ok)
         return false;
     edit.SetChoice(picker.OrgId, picker.OrgName);
+    if (abbr)
+        *abbr = picker.OrgAbbr;
     return true;
 }
 

@@ -12,7 +12,8 @@ class ButtonEdit;
 
 bool PickRegion(QWidget *owner, ButtonEdit &edit);
 
-/// Over `baseSql`, a complete SELECT over organisations without ORDER BY.
-bool PickOrg(QWidget *owner, const QString &baseSql, ButtonEdit &edit);
+/// Over `baseSql`, a complete SELECT over organisations without ORDER BY. `abbr`, if it is asked
+/// for, becomes the chosen organisation's short name.
+bool PickOrg(QWidget *owner, const QString &baseSql, ButtonEdit &edit, QString *abbr = nullptr);
 
 } // namespace Qel

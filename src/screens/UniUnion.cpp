@@ -8,6 +8,7 @@
 #include "frame/QelUtils.h"
 #include "frame/QueryPage.h"
 #include "frame/ResultMessages.h"
+#include "frame/TreeCode.h"
 #include "frame/TreeSearch.h"
 #include "screens/UniMemberType.h"
 #include "screens/UniProduct.h"
@@ -160,7 +161,7 @@ void TFrmUniUnion::UniNewExecute()
 
 void TFrmUniUnion::UniChildNewExecute()
 {
-    if (cdsUnion.FieldText(u"Union_CODE").size() == UniUnionCode::MaxLength)
+    if (cdsUnion.FieldText(u"Union_CODE").size() == TreeCode::MaxLength)
         return InfoBox(u"不能添加下级！"_s, u"提示"_s);
     TFrmUniUnionEdit(this, cdsUnion, ChildOfCurrentRow(cdsUnion)).ShowModal();
 }

@@ -8,6 +8,7 @@
 #include "frame/Posting.h"
 #include "frame/QelUtils.h"
 #include "frame/ResultMessages.h"
+#include "frame/TreeCode.h"
 #include "screens/Pickers.h"
 #include "ui_UniUnionEdit.h"
 
@@ -36,13 +37,6 @@ QString UniUnionCode::Query(bool topLevel, const QString &parentId)
            Quoted(parentId) + u"   AND ENABLE_FLAG <> 'D'"_s;
 }
 
-QString UniUnionCode::Propose(bool topLevel, const QString &code)
-{
-    if (!topLevel)
-        return code.right(StepLength).rightJustified(StepLength, u'0');
-    return code.size() > TopLength ? QString() : code.rightJustified(TopLength, u'0');
-}
-
 TUnionHandOver ChildOfCurrentRow(const ClientDataSet &unions)
 {
     TUnionHandOver handOver;
@@ -55,18 +49,16 @@ TUnionHandOver ChildOfCurrentRow(const ClientDataSet &unions)
 TUnionHandOver UnionOfCurrentRow(const ClientDataSet &unions)
 {
     const auto field = [&unions](QStringView name) { return unions.FieldText(name); };
-    const QString code = field(u"Union_CODE");
-    const bool topLevel = code.size() <= UniUnionCode::TopLength;
-    const qsizetype parentLength = topLevel ? 0 : code.size() - UniUnionCode::StepLength;
+    const auto [parentCode, ownCode] = TreeCode::Split(field(u"Union_CODE"));
     const QString parentId = field(u"PARENT_ID");
-    const int parent = topLevel ? -1 : unions.Find(u"UNION_ID", {parentId});
+    const int parent = parentCode.isEmpty() ? -1 : unions.Find(u"UNION_ID", {parentId});
     return {
         .mode = TUnionHandOver::Mode::Modify,
         .unionId = field(u"Union_ID"),
         .parentId = parentId,
-        .parentCode = code.left(parentLength),
+        .parentCode = parentCode,
         .parentName = parent < 0 ? QString() : unions.TextAt(parent, u"Union_NAME"),
-        .code = code.mid(parentLength),
+        .code = ownCode,
         .name = field(u"Union_NAME"),
         .type = field(u"Union_TYPE"),
         .regionId = field(u"REGION_ID"),
@@ -104,8 +96,7 @@ void TFrmUniUnionEdit::FormShow()
 {
     ui_->edParentCode->setText(handOver_.parentCode);
     ui_->edParentName->setText(handOver_.parentName);
-    ui_->edUnion_CODE->setMaxLength(IsTopLevel() ? UniUnionCode::TopLength
-                                                 : UniUnionCode::StepLength);
+    ui_->edUnion_CODE->setMaxLength(IsTopLevel() ? TreeCode::TopLength : TreeCode::StepLength);
     ui_->edUnion_CODE->setText(handOver_.code);
     ui_->edUnion_NAME->setText(handOver_.name);
     ui_->cbUnion_TYPE->SetEditValue(handOver_.type);
@@ -118,7 +109,7 @@ void TFrmUniUnionEdit::FormShow()
     ClientDataSet next;
     DataModule().SoapCtrl().SQLQuery(UniUnionCode::Query(IsTopLevel(), handOver_.parentId), 0, 0,
                                      next, TQueryType::Detail);
-    ui_->edUnion_CODE->setText(UniUnionCode::Propose(IsTopLevel(), next.FieldText(u"CODE")));
+    ui_->edUnion_CODE->setText(TreeCode::Propose(IsTopLevel(), next.FieldText(u"CODE")));
     ui_->edUnion_NAME->setFocus();
 }
 
@@ -129,11 +120,11 @@ bool TFrmUniUnionEdit::InputIsComplete()
         InfoBox(u"请输入集团编码！"_s, u"提示"_s);
         return false;
     }
-    if (IsTopLevel() && code.size() != UniUnionCode::TopLength) {
+    if (IsTopLevel() && code.size() != TreeCode::TopLength) {
         WarningBox(u"请输入 4 位集团编码！"_s, u"警告"_s);
         return false;
     }
-    if (!IsTopLevel() && code.size() != UniUnionCode::StepLength) {
+    if (!IsTopLevel() && code.size() != TreeCode::StepLength) {
         WarningBox(u"请输入 2 位集团编码！"_s, u"警告"_s);
         return false;
     }

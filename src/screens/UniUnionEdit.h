@@ -12,19 +12,9 @@ namespace Ui {
 class TFrmUniUnionEdit;
 }
 
-/// How a group's hierarchical code is proposed: 4 digits at the top level, 2 more a level below.
-namespace UniUnionCode {
-inline constexpr int TopLength = 4;
-inline constexpr int StepLength = 2;
-inline constexpr int MaxLength = 12;
-
 /// The statement that asks for the next free code below `parentId`; at top level it is not used.
+namespace UniUnionCode {
 QString Query(bool topLevel, const QString &parentId);
-
-/// The own code segment to propose, from the answer's CODE. That is a number and has lost its
-/// leading zeros, so below a parent only its last two digits mean anything. Empty when the top
-/// level is full.
-QString Propose(bool topLevel, const QString &code);
 } // namespace UniUnionCode
 
 /// What the group editor is opened with.

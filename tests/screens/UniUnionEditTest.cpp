@@ -98,28 +98,6 @@ private slots:
         QCOMPARE(UniUnionCode::Query(false, u"1'0"_s), Expected(u"code.sub"_s));
     }
 
-    void ProposesTheNextCode_data()
-    {
-        QTest::addColumn<bool>("topLevel");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("proposal");
-        QTest::newRow("largest top-level code is 0012") << true << u"13"_s << u"0013"_s;
-        QTest::newRow("no top-level group yet") << true << u"1"_s << u"0001"_s;
-        QTest::newRow("four digits") << true << u"1234"_s << u"1234"_s;
-        QTest::newRow("top level is full") << true << u"10000"_s << u""_s;
-        QTest::newRow("children up to 001309") << false << u"1310"_s << u"10"_s;
-        QTest::newRow("no children") << false << u"01"_s << u"01"_s;
-        QTest::newRow("one digit is left") << false << u"1"_s << u"01"_s;
-        QTest::newRow("after 99 comes 00") << false << u"1400"_s << u"00"_s;
-    }
-    void ProposesTheNextCode()
-    {
-        QFETCH(bool, topLevel);
-        QFETCH(QString, answer);
-        QFETCH(QString, proposal);
-        QCOMPARE(UniUnionCode::Propose(topLevel, answer), proposal);
-    }
-
     void LabelsAndListsAreExact()
     {
         Editor editor;

@@ -2,6 +2,7 @@
 
 #include "frame/MrgUpdateLog.h"
 #include "frame/UpdateLog.h"
+#include "screens/MrgOrgAffiliationEdit.h"
 #include "screens/OrgSelect.h"
 #include "screens/RegionSelect.h"
 #include "screens/StockOrgSetAdd.h"
@@ -32,6 +33,12 @@ template <typename Dialog>
 TFrmBaseForm *MakeForUnion(WalkStage &)
 {
     return new Dialog(nullptr, u"10"_s);
+}
+
+TFrmBaseForm *MakeMrgOrgAffiliationEdit(WalkStage &stage)
+{
+    stage.server.OnQuery(u"AS CODE"_s).Answer(Rows({u"CODE"_s}, {{u"13"_s}}));
+    return new TFrmMrgOrgAffiliationEdit(nullptr, stage.table, {});
 }
 
 TFrmBaseForm *MakeMrgUpdateLog(WalkStage &)
@@ -82,6 +89,7 @@ TFrmBaseForm *MakeUniUserAdd(WalkStage &stage)
 }
 
 constexpr WalkedDialog Dialogs[]{
+    {"TFrmMrgOrgAffiliationEdit", MakeMrgOrgAffiliationEdit},
     {"TFrmMrgUpdateLog", MakeMrgUpdateLog},
     {"TFrmOrgSelect", Make<TFrmOrgSelect>},
     {"TFrmRegionSelect", MakeRegionSelect},
