@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
 #include <QTabWidget>
@@ -23,8 +24,8 @@ constexpr int QuietTicks = 6; // how long nothing must have happened
 constexpr int PatienceTicks = 600;
 
 /// A dialog and how to come to it: from a screen, over actions and controls by object name. Each
-/// opens a dialog, but one behind "+": that is a query or a page to turn to; and one behind "-" is
-/// an edit to be emptied.
+/// opens a dialog, but one behind "+": that is a query or a page to turn to; one behind "-" is an
+/// edit to be emptied; and "?list=text" is a choice.
 struct Dialog
 {
     const char16_t *file;
@@ -47,6 +48,8 @@ constexpr Dialog Dialogs[]{
      {u"ActUniProduct", u"+cxTabSheet2", u"+ActionQueryOut"}},
     {u"ADMIN01-new-members", u"ADMIN01", {u"OrgNew", u"+BtnQuery"}},
     {u"ADMIN01-modify-member", u"ADMIN01", {u"OrgModify"}},
+    {u"ADMIN02-prices", u"ADMIN02", {u"?cxUniOrg=广安睿禾医药贸易有限公司", u"+BtnQuery"}},
+    {u"ADMIN02-price-types", u"ADMIN02", {u"+cxTabSheet3", u"+btnOrgQuery"}},
     {u"ADMIN03-move-in", u"ADMIN03", {u"ActionNew", u"+btnQuery"}},
     {u"ADMIN04-orders", u"ADMIN04", {u"-edBuyerOrderStart", u"+ActionBuyerOrderQuery"}},
     {u"ADMIN04-returns",
@@ -102,6 +105,8 @@ void Tour::Plan()
                     steps_.push_back({Kind::Press, QString::fromUtf16(name + 1)});
                 else if (name && *name == u'-')
                     steps_.push_back({Kind::Empty, QString::fromUtf16(name + 1)});
+                else if (name && *name == u'?')
+                    steps_.push_back({Kind::Choose, QString::fromUtf16(name + 1)});
                 else if (name && ++opened)
                     steps_.push_back({Kind::Dialog, QString::fromUtf16(name)});
             }
@@ -159,6 +164,9 @@ void Tour::Run(const Step &step)
     case Kind::Empty:
         Empty(step.name);
         break;
+    case Kind::Choose:
+        Choose(step.name);
+        break;
     case Kind::Dialog:
         ++dialogs_;
         Press(step.name, true);
@@ -199,6 +207,16 @@ void Tour::Empty(const QString &name)
         edit->clear();
     else
         Finish(u"找不到 %1"_s.arg(name));
+}
+
+void Tour::Choose(const QString &listAndText)
+{
+    auto *list = Front()->findChild<QComboBox *>(listAndText.section(u'=', 0, 0));
+    const int choice = list ? list->findText(listAndText.section(u'=', 1)) : -1;
+    if (choice >= 0)
+        list->setCurrentIndex(choice);
+    else
+        Finish(u"找不到 %1"_s.arg(listAndText));
 }
 
 void Tour::Grab(const QString &file)

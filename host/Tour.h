@@ -33,6 +33,7 @@ private:
         Open,   ///< a screen by its code
         Press,  ///< an action or button that leads to nothing modal, if it is there
         Empty,  ///< an edit
+        Choose, ///< from a drop-down list: "list=text of the choice"
         Dialog, ///< an action or control that opens a dialog
         Grab,   ///< a picture of what is in front
         Leave,  ///< the dialog in front
@@ -51,6 +52,7 @@ private:
     QWidget *Front() const;
     void Press(const QString &name, bool required);
     void Empty(const QString &name);
+    void Choose(const QString &listAndText);
     void Grab(const QString &file);
     void Finish(const QString &problem);
 

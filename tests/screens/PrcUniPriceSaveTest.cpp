@@ -330,9 +330,7 @@ private slots:
     void FailedPostLosesNothingAndSaveIsOfferedAgain()
     {
         PriceScreen screen;
-        screen.server.OnPost(u"insertUpdatePrcUniPriceProduct"_s)
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        screen.server.OnPost(u"insertUpdatePrcUniPriceProduct"_s).DatabaseDown().Times(1);
         screen.AnswerSavedPrices({u"92 72"_s});
         screen.Query();
         screen.EditPrice(1, u"COST_PRICE", u"8.25"_s);

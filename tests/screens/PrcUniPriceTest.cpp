@@ -96,7 +96,7 @@ private slots:
             {u"cxButton2"_s, u"返回"_s},
         };
         for (const auto &[name, caption] : buttons)
-            QCOMPARE(Child<QPushButton>(screen.form, name)->text(), caption);
+            QCOMPARE(Caption(*screen.form, name), caption);
     }
 
     void EachFilterHasItsLabel()
@@ -329,7 +329,7 @@ private slots:
     void QueryThatFailsWhenTheScreenIsShownLeavesItOpen()
     {
         ScreenFixture fixture;
-        fixture.server.OnAnyQuery().Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+        fixture.server.OnAnyQuery().DatabaseDown();
         TFrmPrcUniPrice form;
         ShowScreen(form);
         QCOMPARE(fixture.hook.Boxes().size(), 1);
@@ -403,7 +403,7 @@ private slots:
         PriceScreen screen;
         screen.Query();
         screen.server.ClearScripts();
-        screen.server.OnAnyQuery().Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+        screen.server.OnAnyQuery().DatabaseDown();
         screen.Select(u"cxUnion"_s, u"20"_s);
         QCOMPARE(screen.hook.Boxes().size(), 1);
         QVERIFY(!screen.Products().DataSet()->IsActive());
@@ -440,7 +440,7 @@ private slots:
     {
         PriceScreen screen;
         screen.server.ClearScripts();
-        screen.server.OnAnyQuery().Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s);
+        screen.server.OnAnyQuery().DatabaseDown();
         screen.Select(u"cxUniOrg"_s, u"502"_s);
         QCOMPARE(screen.hook.Boxes().size(), 1);
         QVERIFY(!screen.Types().DataSet()->IsActive());
@@ -525,19 +525,19 @@ private slots:
         QCOMPARE(screen.server.LastQuery().page, 1);
     }
 
-    void QueryButtonIsDisabledWhileAPageIsLoaded()
+    void QueryAndSaveAreDisabledWhileAPageIsLoaded()
     {
         PriceScreen screen;
-        QStringList disabled;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form, [&] {
-            for (const auto &button : {u"BtnQuery"_s, u"btnSave"_s}) {
-                if (!Child<QPushButton>(screen.form, button)->isEnabled())
-                    disabled << button;
-            }
-        });
         screen.Query();
-        QCOMPARE(disabled, QStringList({u"BtnQuery"_s, u"btnSave"_s}));
-        QVERIFY(Child<QPushButton>(screen.form, u"BtnQuery"_s)->isEnabled());
+        screen.EditPrice(0, u"COST_PRICE", u"13"_s);
+        QCOMPARE(screen.DisabledAtRequests(*screen.form, {u"BtnQuery"_s}, [&] { screen.Query(); }),
+                 QStringList{u"BtnQuery"_s});
+        bool couldSave = true;
+        screen.EditPrice(0, u"COST_PRICE", u"13"_s);
+        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form,
+                         [&] { couldSave = screen.CanSave(); });
+        screen.Query();
+        QVERIFY(!couldSave);
     }
 
     void FailedQueryLeavesTheScreenUsable()
@@ -545,9 +545,7 @@ private slots:
         PriceScreen screen;
         screen.Query();
         screen.server.ClearScripts();
-        screen.server.OnAnyQuery()
-            .Error(500, u"server.failure"_s, u"数据库不可用"_s, u"R-1"_s)
-            .Times(1);
+        screen.server.OnAnyQuery().DatabaseDown().Times(1);
         screen.server.OnAnyQuery().Answer(PricedProducts());
         Click(screen.form, u"BtnQuery"_s);
         QCOMPARE(screen.hook.Boxes().size(), 1);

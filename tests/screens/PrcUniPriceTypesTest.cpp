@@ -249,14 +249,9 @@ private slots:
     void BuyerQueryButtonIsDisabledWhileItRuns()
     {
         PriceScreen screen;
-        screen.ShowTypes();
-        auto *button = Child<QPushButton>(screen.form, u"btnOrgQuery"_s);
-        bool enabled = true;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form,
-                         [&] { enabled = button->isEnabled(); });
-        screen.QueryBuyers();
-        QVERIFY(!enabled);
-        QVERIFY(button->isEnabled());
+        QCOMPARE(screen.DisabledAtRequests(*screen.form, {u"btnOrgQuery"_s},
+                                           [&] { screen.QueryBuyers(); }),
+                 QStringList{u"btnOrgQuery"_s});
     }
 
     void ChoosingATypeTicksTheRow()
@@ -331,16 +326,12 @@ private slots:
         screen.AnswerPost(u"insertUpdatePrcUniPriceType"_s, u"0"_s);
         screen.QueryBuyers();
         Choose(screen, 0, u"31"_s);
-        QStringList running;
-        QObject::connect(&screen.server, &ScriptedServer::RequestArrived, screen.form, [&] {
-            for (const auto &button : {u"cxButton1"_s, u"cxButton4"_s}) {
-                if (!Child<QPushButton>(screen.form, button)->isEnabled())
-                    running << button;
-            }
-        });
-        SaveBuyers(screen);
-        SaveTypes(screen);
-        QCOMPARE(running, QStringList({u"cxButton4"_s, u"cxButton1"_s}));
+        const auto save = [&] {
+            SaveBuyers(screen);
+            SaveTypes(screen);
+        };
+        QCOMPARE(screen.DisabledAtRequests(*screen.form, {u"cxButton1"_s, u"cxButton4"_s}, save),
+                 QStringList({u"cxButton4"_s, u"cxButton1"_s}));
     }
 
     void BackReturnsToThePrices()
