@@ -9,7 +9,7 @@ namespace Qel::Managers {
 struct PostContext;
 
 /// What SYS_UPDATE_LOG says was done, as the log viewers read it.
-enum class Change { Insert = 1, Modify = 2, LogicalDelete = 5 };
+enum class Change { Insert = 1, Modify = 2, Approve = 3, LogicalDelete = 5, PhysicalDelete = 6 };
 
 struct LoggedChange
 {

@@ -29,6 +29,7 @@ const QList<OperatorParameter> &OperatorParameters()
         {u"LAST_USER_ID"_s, {&Operator::userId}},
         {u"LOG_USER_NAME"_s, {&Operator::userName}},
         {u"CREATE_USER"_s, {&Operator::userName}},
+        {u"CHECK_USER"_s, {&Operator::userName}},
         // Two postings write the code, one the organisation.
         {u"LAST_USER"_s, {&Operator::userName, &Operator::userCode, &Operator::orgName}},
     };

@@ -1,6 +1,7 @@
 #include "managers/Method.h"
 
 #include "managers/BusDataRollBack.h"
+#include "managers/NoticManager.h"
 #include "managers/OrgAffiliation.h"
 #include "managers/RuleManager.h"
 #include "managers/StockManager.h"
@@ -58,7 +59,7 @@ const QList<Method> &Methods()
     static const QList<Method> methods =
         UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods() +
         UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods() + OrgAffiliationMethods() +
-        StockManagerMethods();
+        StockManagerMethods() + NoticManagerMethods();
     return methods;
 }
 

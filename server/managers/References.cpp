@@ -8,6 +8,13 @@ bool IsLiveGroup(Store::Connection &connection, const QString &unionId)
                              {unionId});
 }
 
+bool IsAssigned(Store::Connection &connection, const QString &userId, const QString &unionId)
+{
+    return connection.Exists("SELECT 1 FROM UNI_USER_UNION WHERE USER_ID = ?1 AND UNION_ID = ?2"
+                             " AND LAST_OPERATE <> 'D'",
+                             {userId, unionId});
+}
+
 bool IsLiveMember(Store::Connection &connection, const QString &unionId, const QString &orgId)
 {
     return connection.Exists("SELECT 1 FROM UNI_ORG WHERE UNION_ID = ?1 AND ORG_ID = ?2"

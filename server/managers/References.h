@@ -8,6 +8,8 @@
 namespace Qel::Managers {
 
 bool IsLiveGroup(Store::Connection &connection, const QString &unionId);
+/// The user may act for the group, live or deleted.
+bool IsAssigned(Store::Connection &connection, const QString &userId, const QString &unionId);
 bool IsLiveMember(Store::Connection &connection, const QString &unionId, const QString &orgId);
 /// A live type of the live group.
 bool IsLiveMemberType(Store::Connection &connection, const QString &unionId,

@@ -5,6 +5,7 @@ import uuid
 ADMIN = "com.business.admin."
 ROLLBACK = "com.business.rollback.BusDataRollBack"
 STOCK = "com.business.stock.StockManager"
+NOTICE = "com.notic.NoticManager"
 AFFILIATION = "com.business.basedata.OrgAffiliationManager"
 
 
@@ -347,3 +348,48 @@ class Methods:
             with self.subTest(code=code, value=value):
                 self.assertEqual(save(code, value, value_type), ["0"])
         self.assertEqual(save("ORG_SJJGSH_ID", "", "S", "D"), ["1"])
+
+    # Announcements
+
+    def announcement(self, group, **more):
+        return {"ID": "", "START_DATE": "2024-03-05", "END_DATE": "", "AFFICHE_TYPE": "1",
+                "AFFICHE_TITLE": "停业通知", "AFFICHE_CONTENT": "春节停业。", "UNION_ID": group,
+                "PUBLIC_FLAG": "1", "SALER_FLAG": "0", "BUYER_FLAG": "1", "ENABLE_FLAG": "0", **more}
+
+    def own_group(self):
+        """A group that this user is assigned to."""
+        group = self.new_group()
+        user = self.peer.session()["UserId"]
+        self.assertEqual(self.codes(ADMIN + "UniUser", "insertUniUser",
+                                    [{"USER_ID": user, "UNION_ID": group}]), ["1"])
+        return group
+
+    def test_an_announcement_is_written_published_and_unpublished_by_a_change(self):
+        group = self.own_group()
+        code, values = self.peer.post(NOTICE, "insertUpdateNotic", [self.announcement(group)])[0]
+        self.assertEqual((code, set(values)), ("1", {"ID"}))
+        state = f"SELECT ENABLE_FLAG FROM SYS_AFFICHE WHERE ID = '{values['ID']}'"
+        publication = [{"ID": values["ID"], "ENABLE_FLAG": "1"}]
+        self.assertEqual(self.column(state), ["0"])
+        self.assertEqual(self.codes(NOTICE, "confirmNotic", publication), ["1"])
+        self.assertEqual(self.codes(NOTICE, "confirmNotic", publication), ["0"])
+        self.assertEqual(self.column(state), ["1"])
+        change = self.announcement(group, ID=values["ID"], END_DATE="2024-03-05")
+        self.assertEqual(self.peer.post(NOTICE, "insertUpdateNotic", [change]), [("1", values)])
+        self.assertEqual(self.column(state), ["0"])
+        for _, answer in zip(range(2), (["1"], ["0"])):  # the second time it is gone
+            self.assertEqual(self.codes(NOTICE, "deleteNotic", [{"ID": values["ID"]}]), answer)
+        self.assertEqual(self.column(state), [])
+        self.assertEqual(self.column("SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME ="
+                                     f" 'SYS_AFFICHE' AND KEY_ID1 = '{values['ID']}'"
+                                     " ORDER BY LOG_ID"), ["1", "3", "2", "6"])
+
+    def test_an_announcement_has_a_group_of_the_user_and_makes_sense(self):
+        group = self.own_group()
+        for change in ({"UNION_ID": self.new_group()}, {"UNION_ID": "no-such"},
+                       {"END_DATE": "2024-03-04"}, {"START_DATE": ""}, {"AFFICHE_TITLE": "  "},
+                       {"AFFICHE_CONTENT": "\n"}, {"AFFICHE_TYPE": "2"}, {"ENABLE_FLAG": "1"},
+                       {"PUBLIC_FLAG": ""}, {"ID": "no-such"}):
+            with self.subTest(change=change):
+                self.assertEqual(self.codes(NOTICE, "insertUpdateNotic",
+                                            [self.announcement(group, **change)]), ["0"])

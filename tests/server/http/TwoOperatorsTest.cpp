@@ -175,6 +175,28 @@ private slots:
         QCOMPARE(server.Number("SELECT count(*) FROM SYS_UPDATE_LOG"), 1);
     }
 
+    void OnePublishesAndOneDeletesAnAnnouncement()
+    {
+        Server server;
+        server.Connection().Run("INSERT INTO UNI_USER_UNION (USER_ID, UNION_ID)"
+                                " VALUES ('600001', '300001'), ('600002', '300001')");
+        server.Connection().Run("INSERT INTO SYS_AFFICHE (ID, UNION_ID) VALUES ('1', '300001'),"
+                                " ('2', '300001'), ('3', '300001')");
+        const QString manager = u"com.notic.NoticManager"_s;
+        for (const auto &id : {u"1"_s, u"2"_s, u"3"_s}) {
+            for (const Wire::NamedValues &row :
+                 {Wire::NamedValues{{u"ID"_s, id}, {u"ENABLE_FLAG"_s, u"1"_s}},
+                  Wire::NamedValues{{u"ID"_s, id}}}) {
+                const QString method = row.size() == 2 ? u"confirmNotic"_s : u"deleteNotic"_s;
+                QStringList codes = server.Race(manager, method, row);
+                codes.sort();
+                QCOMPARE(codes, QStringList({u"0"_s, u"1"_s}));
+            }
+        }
+        QCOMPARE(server.Number("SELECT count(*) FROM SYS_AFFICHE"), 0);
+        QCOMPARE(server.Number("SELECT count(*) FROM SYS_UPDATE_LOG"), 6);
+    }
+
     void BothHaveTheUserMovedOutOnce()
     {
         Server server;
