@@ -6,10 +6,12 @@
 #include "demo/Groups.h"
 #include "demo/History.h"
 #include "demo/Memberships.h"
+#include "demo/OrganisationRules.h"
 #include "demo/Organisations.h"
 #include "demo/Products.h"
 #include "demo/Regions.h"
 #include "demo/Rules.h"
+#include "demo/StockPermissions.h"
 #include "demo/Users.h"
 
 #include "store/Schema.h"
@@ -102,6 +104,7 @@ std::vector<TableRows> MakeRows(QDate today)
     tables.push_back(regions.Rows());
     tables.push_back(OrganisationRows(u"BAS_ORG"_s, organisations, initials));
     tables.push_back(OrganisationRows(u"CAT_ORG"_s, Sellers(organisations), initials));
+    const std::size_t affiliation = tables.size();
     tables.push_back(AffiliationRows(organisations, focus));
     const std::size_t products = tables.size();
     tables.push_back(ProductRows(organisations, initials));
@@ -122,6 +125,8 @@ std::vector<TableRows> MakeRows(QDate today)
     std::vector<TableRows> deliveries = DeliveryRows(orders, clerks, end, history);
     AddTables(tables, OrderRows(orders));
     AddTables(tables, std::move(deliveries));
+    tables.push_back(StockPermissionRows(members.memberships, history));
+    tables.push_back(OrganisationRuleRows(members.memberships, tables[affiliation], history));
     tables.push_back(history.Rows()); // the others have made it
     return tables;
 }

@@ -18,7 +18,7 @@ struct PhasePlan
 };
 
 /// In the order of Phase. Master data are imported on the first day.
-constexpr std::array<PhasePlan, 7> Plans{{
+constexpr std::array<PhasePlan, 8> Plans{{
     {10 * OfficeDay, OfficeDay / 16},
     {15 * OfficeDay, OfficeDay / 16},
     {20 * OfficeDay, OfficeDay / 16},
@@ -26,6 +26,7 @@ constexpr std::array<PhasePlan, 7> Plans{{
     {60 * OfficeDay, OfficeDay / 8},
     {70 * OfficeDay, OfficeDay},
     {75 * OfficeDay, OfficeDay},
+    {85 * OfficeDay, OfficeDay / 2},
 }};
 
 } // namespace

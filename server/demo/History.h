@@ -23,7 +23,7 @@ enum class Change {
 QList<Change> LifeOf(State state);
 
 /// The work on a group, in this order. Each phase goes from group to group.
-enum class Phase { Founding, MemberTypes, Users, Members, Rules, Catalogue, Prices };
+enum class Phase { Founding, MemberTypes, Users, Members, Rules, Catalogue, Prices, Stock };
 
 /// A record as the change log names it: its table and its key, in the order of the primary key.
 struct Record

@@ -25,6 +25,8 @@ const QList<LoggedTable> LoggedTables{
     {"UNI_USER_UNION", "USER_ID", "UNION_ID"},
     {"UNI_PRODUCT", "UNION_ID", "PRODUCT_ID"},
     {"UNI_UNION_RULE", "UNION_ID", "RULE_CODE"},
+    {"UNI_ORG_RULE", "ORG_ID", "RULE_CODE"},
+    {"STK_ORG_SET", "OWNER_ORGID", "ORG_ID"},
     {"PRC_UNI_PRICE_TYPE", "PRICE_TYPE_ID", {}},
     {"PRC_UNI_PRICE_PRODUCT", "PRICE_ID", {}},
 };
