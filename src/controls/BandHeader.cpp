@@ -16,7 +16,7 @@ namespace Qel {
 namespace {
 
 constexpr int DropMarkWidth = 3;
-constexpr int ScrollStep = 16; // a mouse move beyond the border of the header
+constexpr int ScrollStep = 16; // with each mouse move beyond the border of the header
 
 } // namespace
 
@@ -191,19 +191,23 @@ void BandHeader::mousePressEvent(QMouseEvent *event)
 void BandHeader::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint position = event->position().toPoint();
+    const bool isDragging = event->buttons().testFlag(Qt::LeftButton);
+    if (!isDragging)
+        drag_.reset(); // the release went elsewhere
     if (drag_) {
         DragBand(position.x());
         return;
     }
-    if (event->buttons() == Qt::NoButton && IsBandCaption(position)) {
+    if (!isDragging && IsBandCaption(position)) {
         unsetCursor(); // left over from the border of a column
         return;
     }
     const int band = bandOfColumn_.value(draggedColumn_, -1);
-    if (event->buttons() == Qt::NoButton || band < 0) {
+    if (!isDragging || band < 0) {
         GridHeader::mouseMoveEvent(event);
         return;
     }
+    ScrollTowards(position.x());
     const QRect room = BandRect(band);
     const QPointF inBand(std::clamp(position.x(), room.left(), room.right()), position.y());
     QMouseEvent within(event->type(), inBand, mapToGlobal(inBand), event->button(),
@@ -235,15 +239,22 @@ void BandHeader::DragBand(int x)
     const bool begins = qAbs(x - drag_->pressedAt) >= QApplication::startDragDistance();
     if (drag_->target < 0 && !begins)
         return;
-    if (auto *area = qobject_cast<QAbstractScrollArea *>(parentWidget())) {
-        QScrollBar *bar = area->horizontalScrollBar();
-        if (x < 0)
-            bar->setValue(bar->value() - ScrollStep);
-        else if (x >= viewport()->width())
-            bar->setValue(bar->value() + ScrollStep);
-    }
+    ScrollTowards(x);
     drag_->target = DropTarget(x);
     viewport()->update();
+}
+
+/// What is dragged beyond the border of the grid brings more columns into sight.
+void BandHeader::ScrollTowards(int x)
+{
+    const auto *area = qobject_cast<QAbstractScrollArea *>(parentWidget());
+    if (!area)
+        return;
+    QScrollBar *bar = area->horizontalScrollBar();
+    if (x < 0)
+        bar->setValue(bar->value() - ScrollStep);
+    else if (x >= viewport()->width())
+        bar->setValue(bar->value() + ScrollStep);
 }
 
 void BandHeader::mouseReleaseEvent(QMouseEvent *event)
@@ -305,7 +316,7 @@ void BandHeader::PaintDropMark(QPainter &painter) const
     const bool isAfter = target.left() > BandRect(drag_->band).left();
     const int x = isAfter ? target.right() + 1 : target.left();
     painter.fillRect(QRect(x - DropMarkWidth / 2, 0, DropMarkWidth, height()),
-                     palette().color(QPalette::Active, QPalette::Highlight));
+                     palette().color(QPalette::WindowText));
 }
 
 bool BandHeader::viewportEvent(QEvent *event)

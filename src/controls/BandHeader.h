@@ -59,6 +59,7 @@ private:
     bool IsBandCaption(QPoint position) const;
     int DropTarget(int x) const;
     void DragBand(int x);
+    void ScrollTowards(int x);
     void Arrange(const QList<int> &columns);
     void KeepBandsTogether(int oldPlace, int newPlace);
     void PaintBands(QPainter &painter) const;

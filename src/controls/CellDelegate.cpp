@@ -148,7 +148,7 @@ void CellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
         text = date->DateText();
     } else if (auto *currency = qobject_cast<CurrencyEdit *>(editor)) {
         text = currency->Value();
-        if (!currency->isModified() || IsSameCurrency(text, before))
+        if (!currency->IsChanged() || IsSameCurrency(text, before))
             return;
     } else if (auto *edit = qobject_cast<QLineEdit *>(editor)) {
         text = edit->text();

@@ -69,6 +69,13 @@ void CurrencyEdit::SetValue(const QString &stored)
         text.clear();
     validator_->SetLongest(text.size());
     setText(text);
+    before_ = text;
+}
+
+/// Not isModified(): it forgets when the validator puts another text in place of the typed one.
+bool CurrencyEdit::IsChanged() const
+{
+    return text() != before_;
 }
 
 QString CurrencyEdit::Value() const

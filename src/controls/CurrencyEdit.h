@@ -18,7 +18,8 @@ public:
     /// With two decimals if that fits into eight characters. What is no amount (letters, a sign)
     /// starts empty.
     void SetValue(const QString &stored);
-    QString Value() const; ///< with two decimals; empty if nothing is typed
+    bool IsChanged() const; ///< since SetValue
+    QString Value() const;  ///< with two decimals; empty if nothing is typed
 
 private:
     class Validator;
@@ -26,6 +27,7 @@ private:
     void SayWhatIsPossible();
 
     Validator *validator_;
+    QString before_;
 };
 
 } // namespace Qel

@@ -266,6 +266,37 @@ void DataGrid::EditCell(QStringView field)
     edit(cell);
 }
 
+void DataGrid::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    const bool isNext = hint == QAbstractItemDelegate::EditNextItem;
+    const bool isPrevious = hint == QAbstractItemDelegate::EditPreviousItem;
+    QTableView::closeEditor(editor, isNext || isPrevious ? QAbstractItemDelegate::NoHint : hint);
+    if (isNext || isPrevious)
+        GoToNextEditable(isNext ? 1 : -1);
+}
+
+/// The nearest cell with an editor or a tick, in the direction of reading (1) or against it (-1),
+/// row after row; at either end nothing.
+void DataGrid::GoToNextEditable(int step)
+{
+    const QModelIndex current = currentIndex();
+    const int columns = header_->count();
+    const int cells = columns * model_->rowCount();
+    const int place = current.isValid() ? header_->visualIndex(current.column()) : -1;
+    for (int at = current.row() * columns + place + step; place >= 0 && at >= 0 && at < cells;
+         at += step) {
+        const QModelIndex cell = model_->index(at / columns, header_->logicalIndex(at % columns));
+        const bool opens = OpensEditor(cell);
+        const bool isTick = model_->flags(cell).testFlag(Qt::ItemIsUserCheckable);
+        if (!opens && (!isTick || header_->isSectionHidden(cell.column())))
+            continue;
+        setCurrentIndex(cell);
+        if (opens)
+            edit(cell);
+        return;
+    }
+}
+
 void DataGrid::FinishEditing()
 {
     QWidget *editor = indexWidget(currentIndex());

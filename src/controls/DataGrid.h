@@ -14,7 +14,8 @@ class GridHeader;
 /// the dataset's kept the same. Always has a current row when there are rows. Enter and double
 /// click report the current row; Ctrl+C copies the current cell, Ctrl+Shift+C the row; the
 /// blank key ticks. A click, F2, F4, Alt+Down or the blank key open the list of a cell that has
-/// one. The context menu is made of the widget's actions.
+/// one. Tab in an editor goes on to the next cell that can be edited, also in the next row, and
+/// opens its editor; on a tick it stops. The context menu is made of the widget's actions.
 ///
 /// Layouts give the columns as data: <property name="columns" stdset="0"><stringlist>, each
 /// "FIELD|caption|width|editor|flags" (see ParseGridColumn).
@@ -72,6 +73,9 @@ signals:
     void RowDoubleClicked(); ///< on any cell
     void EditFailed(const QString &message);
 
+protected slots:
+    void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+
 protected:
     DataGrid(GridHeader *header, QWidget *parent); ///< takes the header
 
@@ -83,6 +87,7 @@ private:
     void FitHeights();
     bool DropDown(const QModelIndex &index);
     bool OpensEditor(const QModelIndex &index) const;
+    void GoToNextEditable(int step);
     void TickRow(const QModelIndex &current);
 
     DataSetModel *model_;

@@ -93,8 +93,8 @@ void GridHeader::PaintCaption(QPainter &painter, const QRect &cell, const QRect 
                               const QColor &color, const QString &caption)
 {
     painter.fillRect(cell, color);
-    painter.setPen(color.lighter(150));
-    painter.drawLine(cell.topRight(), cell.bottomRight());
+    // Not drawLine: its pixels are half a pixel beside the cell's at 200 %.
+    painter.fillRect(QRect(cell.right(), cell.top(), 1, cell.height()), color.lighter(150));
     painter.setPen(ReadableTextOn(color));
     const QRect text = room.adjusted(SidePadding, 0, -SidePadding, 0);
     painter.drawText(text, Qt::AlignCenter | Qt::TextSingleLine,

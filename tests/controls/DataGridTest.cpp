@@ -284,6 +284,75 @@ private slots:
         QCOMPARE(activated.size(), 0);
     }
 
+    void TabInAnEditorGoesOnToTheNextCellThatCanBeEdited()
+    {
+        const auto editedCell = [this] {
+            const bool isEditing = grid_->findChild<QWidget *>(u"cellEditor"_s);
+            const QModelIndex cell = grid_->currentIndex();
+            return isEditing ? u"%1,%2"_s.arg(cell.row()).arg(cell.column()) : u"none"_s;
+        };
+        const auto press = [this](Qt::Key key) {
+            QTest::keyClick(grid_->findChild<QWidget *>(u"cellEditor"_s), key);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        grid_->SetColumnReadOnly(u"ORG_TYPE", true);
+        Show();
+        grid_->EditCell(u"ORG_NAME");
+        auto *editor = grid_->findChild<QLineEdit *>(u"cellEditor"_s);
+        QVERIFY(editor);
+        editor->setText(u"仁心"_s);
+        press(Qt::Key_Tab);
+        QCOMPARE(editedCell(), u"0,3"_s); // past what is read-only
+        QCOMPARE(dataSet_->TextAt(0, 1), u"仁心"_s);
+        press(Qt::Key_Tab);
+        QCOMPARE(editedCell(), u"none"_s); // a tick, in the next row
+        QCOMPARE(grid_->currentIndex(), grid_->model()->index(1, 0));
+        QCOMPARE(dataSet_->RecNo(), 1);
+        grid_->SetColumnVisible(u"SELECTED", false);
+        grid_->EditCell(u"ORG_NAME");
+        press(Qt::Key_Backtab);
+        QCOMPARE(editedCell(), u"0,3"_s); // past ticks that are hidden
+        press(Qt::Key_Tab);
+        QCOMPARE(editedCell(), u"1,1"_s);
+        grid_->FinishEditing();
+        grid_->setCurrentIndex(grid_->model()->index(2, 1));
+        grid_->EditCell(u"OPENED");
+        press(Qt::Key_Tab);
+        QCOMPARE(editedCell(), u"none"_s); // behind the last
+        QVERIFY(grid_->hasFocus());
+    }
+
+    void TabGoesThroughTheCellsAsTheyStandOnTheScreen()
+    {
+        Show();
+        grid_->SetColumnVisible(u"SELECTED", false);
+        grid_->horizontalHeader()->moveSection(3, 0);
+        grid_->EditCell(u"OPENED");
+        QTest::keyClick(grid_->findChild<QWidget *>(u"cellEditor"_s), Qt::Key_Tab);
+        QCOMPARE(grid_->currentIndex().column(), 1);
+    }
+
+    void SaysWhenACellIsLeftWithAnotherValue()
+    {
+        Show();
+        QSignalSpy validating(grid_.get(), &DataGrid::CellValidating);
+        QStringList before;
+        connect(grid_.get(), &DataGrid::CellValidating, this,
+                [&](const QString &field) { before.append(dataSet_->FieldText(field)); });
+        Click(1, 0); // ticks have no editor
+        grid_->EditCell(u"ORG_NAME");
+        grid_->FinishEditing(); // left as it was
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(validating.size(), 0);
+        grid_->EditCell(u"ORG_NAME");
+        grid_->findChild<QLineEdit *>(u"cellEditor"_s)->setText(u"新药房"_s);
+        QCOMPARE(validating.size(), 0);
+        grid_->FinishEditing();
+        QCOMPARE(validating, (QList<QVariantList>{{u"ORG_NAME"_s}}));
+        QCOMPARE(before, QStringList{u"百草药房"_s}); // the field does not have it yet
+        QCOMPARE(dataSet_->TextAt(1, 1), u"新药房"_s);
+    }
+
     void EscLeavesTheCellAsItWas()
     {
         Show();

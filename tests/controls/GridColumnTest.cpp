@@ -35,6 +35,14 @@ private slots:
         QVERIFY(!column.IsEditable());
     }
 
+    void AmountsAreRightAlignedAndEditable()
+    {
+        const GridColumn column = ParseGridColumn(u"PRICE|成本价|80|currency"_s);
+        QVERIFY(column.editor == GridEditor::Currency);
+        QVERIFY(column.IsEditable());
+        QCOMPARE(column.alignment, Qt::Alignment(Qt::AlignRight));
+    }
+
     void CaptionsKeepTheirBlanks()
     {
         QCOMPARE(ParseGridColumn(u"F|品 名 |50"_s).caption, u"品 名 "_s);
@@ -48,6 +56,8 @@ private slots:
         QTest::newRow("list") << u"ORG_TYPE|企业类型|90|combo|hidden,readonly"_s;
         QTest::newRow("date") << u"D|日期|90|date|right"_s;
         QTest::newRow("row number") << u"ROW_NO|序号|48||rownumber,center"_s;
+        QTest::newRow("amount") << u"P|成本价|90|currency|right"_s;
+        QTest::newRow("amount in the middle") << u"P|成本价|90|currency|center"_s;
     }
 
     void FormatGivesWhatWasParsed()
