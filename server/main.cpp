@@ -24,7 +24,8 @@ namespace Qel {
 namespace {
 
 /// Makes the tables of an empty database and fills them if the sample data is wanted. A database
-/// whose filling was cut short has tables and no users: it is filled again.
+/// whose filling was cut short has tables and no users: it is filled again. What the database
+/// knows of its contents is brought up to date.
 void Prepare(Store::Database &database, const Options &options)
 {
     const auto connection = database.OpenWriter();
@@ -32,6 +33,7 @@ void Prepare(Store::Database &database, const Options &options)
         Store::CreateSchema(*connection);
     if (options.demo && !connection->Exists("SELECT 1 FROM USR_USER"))
         Demo::Fill(*connection, QDate::currentDate());
+    Store::UpdateStatistics(*connection);
 }
 
 QByteArray FirstInputLine()

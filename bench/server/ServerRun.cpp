@@ -12,10 +12,11 @@ constexpr char Token[] = "0123456789abcdef0123456789abcdef";
 
 } // namespace
 
-void AddOperator(Store::Connection &connection)
+void AddOperator(Store::Connection &connection, const QString &userId, const QString &orgId)
 {
     connection.Run("INSERT INTO USR_USER (USER_ID, USER_CODE, USER_NAME, ORG_ID)"
-                   " VALUES ('600001', 'bench', '测量员', '200000')");
+                   " VALUES (?1, 'bench', '测量员', ?2)",
+                   {userId, orgId});
     Store::SetToken(connection, u"bench"_s, Token);
 }
 

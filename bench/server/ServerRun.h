@@ -10,8 +10,9 @@
 /// held against it.
 namespace Qel::Bench {
 
-/// The operator in whose name Request speaks. BAS_ORG should hold 200000.
-void AddOperator(Store::Connection &connection);
+/// The operator in whose name Request speaks. BAS_ORG should hold the organisation.
+void AddOperator(Store::Connection &connection, const QString &userId = QStringLiteral("600001"),
+                 const QString &orgId = QStringLiteral("200000"));
 
 /// The bytes of a request; `line` is "POST /path", `key` an idempotency key or empty.
 QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteArray &key = {});

@@ -1,19 +1,14 @@
 #include "HttpLine.h"
+#include "Pages.h"
 #include "ServerRun.h"
 
-#include "sql/SqliteFunctions.h"
 #include "store/Database.h"
 #include "store/Schema.h"
-#include "support/Timing.h"
-#include "wire/Wire.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
 
 #include <sqlite3.h>
-
-#include <cstdio>
-#include <vector>
 
 using namespace Qel;
 using namespace Qel::Bench;
@@ -25,16 +20,7 @@ constexpr int Organisations = 100'000;
 constexpr int RegionCount = 1'000; // 100 organisations each
 constexpr int Products = 5'000;    // all in one group's catalogue
 
-struct Case
-{
-    const char *name;
-    int pageSize;
-    QString sql;
-    double goal;
-    int rounds; ///< fewer where a round takes tenths of a second
-};
-
-const Case Cases[]{
+const PageCase Cases[]{
     {"50 of 100,000, LIKE filter that scans", 50,
      u"SELECT A.* FROM (SELECT * FROM BAS_ORG ) A WHERE 1=1  AND ((UPPER(A.ORG_CODE) like '%中医%') "
      "or (UPPER(A.ORG_NAME) like '%中医%') or (UPPER(A.ORG_ABBR) like '%中医%') or "
@@ -103,66 +89,6 @@ void Fill(const QString &url)
     transaction.Commit();
 }
 
-/// A statement prepared once and run with every column read, as a program on the database library
-/// alone would do it.
-class Direct
-{
-public:
-    Direct(sqlite3 *database, const std::string &sql)
-    {
-        if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK)
-            qFatal("%s", sqlite3_errmsg(database));
-    }
-    ~Direct() { sqlite3_finalize(statement_); }
-    Q_DISABLE_COPY_MOVE(Direct)
-
-    size_t Run()
-    {
-        size_t bytes = 0;
-        while (sqlite3_step(statement_) == SQLITE_ROW) {
-            for (int column = 0; column < sqlite3_column_count(statement_); ++column) {
-                if (sqlite3_column_text(statement_, column))
-                    bytes += size_t(sqlite3_column_bytes(statement_, column));
-            }
-        }
-        sqlite3_reset(statement_);
-        return bytes;
-    }
-
-private:
-    sqlite3_stmt *statement_ = nullptr;
-};
-
-bool Measure(const Case &test, sqlite3 *database, HttpLine &line)
-{
-    const Sql::CompiledQuery compiled =
-        Sql::Compile(test.sql.toUtf8(), Store::SchemaCatalog(), Sql::Dialect::Sqlite);
-    Direct page(database, compiled.Page(test.pageSize, 0));
-    Direct count(database, compiled.count);
-    const QByteArray query = Request(
-        "POST /NorvaneSelectServlet",
-        Wire::Encode(Wire::QueryRequest{test.sql, 1, test.pageSize, 2}, Wire::Format::Cbor));
-    const QByteArray empty = Request("GET /healthz", {});
-
-    std::vector<double> served;
-    std::vector<double> direct;
-    std::vector<double> trips;
-    for (int round = 0; round < test.rounds; ++round) {
-        served.push_back(Milliseconds([&] { line.Ask(query); }));
-        direct.push_back(Milliseconds([&] {
-            page.Run();
-            count.Run();
-        }));
-        trips.push_back(Milliseconds([&] { line.Ask(empty); }));
-    }
-    const double peer = Median(direct) + Median(trips);
-    const double ratio = Median(served) / peer;
-    std::printf("%-40s %9.3f ms %11.3f ms %7.3f ms %8.2f <= %4.1f  %s\n", test.name, Median(served),
-                Median(direct), Median(trips), ratio, test.goal,
-                ratio <= test.goal ? "met" : "MISSED");
-    return ratio <= test.goal;
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
@@ -173,17 +99,14 @@ int main(int argc, char *argv[])
     const QString file = folder.filePath(u"bench.sqlite"_s);
     Fill(u"sqlite:"_s + file);
 
-    sqlite3 *database = nullptr;
-    sqlite3_open_v2(file.toUtf8().constData(), &database, SQLITE_OPEN_READONLY, nullptr);
-    Sql::PrepareSqliteConnection(database);
-    std::printf("a page with its total; medians of rounds in turn\n%-40s %12s %14s %10s %8s\n", "",
-                "server", "two statements", "empty trip", "ratio");
+    sqlite3 *database = OpenPeer(file);
+    PrintPageHeads();
     bool met = true;
     {
         const ServerRun server(file);
         HttpLine line(server.Port());
-        for (const Case &test : Cases)
-            met = Measure(test, database, line) && met;
+        for (const PageCase &test : Cases)
+            met = MeasurePage(test, database, line) && met;
     }
     sqlite3_close(database);
     return met ? 0 : 2;

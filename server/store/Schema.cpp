@@ -133,6 +133,11 @@ void CreateIndexes(Connection &connection)
     }
 }
 
+void UpdateStatistics(Connection &connection)
+{
+    connection.Execute("ANALYZE");
+}
+
 bool HasSchema(Connection &connection)
 {
     const QByteArrayView sql = connection.CurrentDialect() == Dialect::Sqlite
