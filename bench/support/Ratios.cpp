@@ -32,6 +32,15 @@ private:
     std::map<std::string, double> medians_;
 };
 
+/// One line of the table; gives `met` back.
+bool PrintLine(const char *what, double project, double peer, double ratio, const char *sign,
+               double bound, bool met)
+{
+    std::printf("%-46s %9.3f ms %9.3f ms %9.3f %s %7g  %s\n", what, project, peer, ratio, sign,
+                bound, met ? "met" : "MISSED");
+    return met;
+}
+
 bool PrintGoals(const std::map<std::string, double> &medians, std::span<const Goal> goals)
 {
     bool allMet = true;
@@ -45,10 +54,9 @@ bool PrintGoals(const std::map<std::string, double> &medians, std::span<const Go
         const double ratio =
             goal.peerAtLeast ? peer->second / project->second : project->second / peer->second;
         const bool met = goal.peerAtLeast ? ratio >= goal.bound : ratio <= goal.bound;
-        allMet = allMet && met;
-        std::printf("%-46s %9.3f ms %9.3f ms %9.3f %s %7g  %s\n", goal.what, project->second,
-                    peer->second, ratio, goal.peerAtLeast ? ">=" : "<=", goal.bound,
-                    met ? "met" : "MISSED");
+        allMet = PrintLine(goal.what, project->second, peer->second, ratio,
+                           goal.peerAtLeast ? ">=" : "<=", goal.bound, met) &&
+                 allMet;
     }
     return allMet;
 }
@@ -71,6 +79,12 @@ bool MeasureGoals(int argc, char **argv, std::span<const Goal> goals)
     MedianReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return PrintGoals(reporter.Medians(), goals);
+}
+
+bool PrintAtMost(const char *what, double own, double peer, double bound)
+{
+    const double ratio = own / peer;
+    return PrintLine(what, own, peer, ratio, "<=", bound, ratio <= bound);
 }
 
 } // namespace Qel::Bench

@@ -20,4 +20,8 @@ struct Goal
 /// program with status 1. False if a goal was measured and missed.
 bool MeasureGoals(int argc, char **argv, std::span<const Goal> goals);
 
+/// One such line for medians (in milliseconds) that were taken in another way; true if
+/// own / peer <= bound.
+bool PrintAtMost(const char *what, double own, double peer, double bound);
+
 } // namespace Qel::Bench
