@@ -228,8 +228,8 @@ void TFrmPrcUniPrice::btnSaveClick()
 
 void TFrmPrcUniPrice::closeEvent(QCloseEvent *event)
 {
-    bool leaves = true;
-    if (!IsHandlerRunning())
+    bool leaves = IsHandlerRunning(); // then it closes, and asks, when that has ended
+    if (!leaves)
         Guarded([&] { leaves = MayLeave(); });
     if (leaves)
         TFrmBaseForm::closeEvent(event);

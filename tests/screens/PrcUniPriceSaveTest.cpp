@@ -187,6 +187,7 @@ private slots:
         QTest::addColumn<QString>("pasted");
         QTest::addColumn<QString>("stays");
         QTest::newRow("price") << u"1234.5"_s << u"1234.50"_s;
+        QTest::newRow("price with groups") << u" 1,234.50 "_s << u"1234.50"_s;
         QTest::newRow("letters") << u"12元"_s << u""_s;
         QTest::newRow("negative") << u"-12"_s << u""_s;
         QTest::newRow("nine digits") << u"123456789"_s << u""_s;
