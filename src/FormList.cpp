@@ -1,12 +1,12 @@
 #include "FormList.h"
 
 #include "frame/FormRegistryCtrl.h"
-#include "frame/NotProvided.h"
 #include "screens/MrgOrgAffiliation.h"
 #include "screens/OrgRuleSet.h"
 #include "screens/PrcUniPrice.h"
 #include "screens/StockOrgSet.h"
 #include "screens/SysAffiche.h"
+#include "screens/TraBuyCatalog.h"
 #include "screens/TraRollBack.h"
 #include "screens/UniUnion.h"
 #include "screens/UniUser.h"
@@ -24,7 +24,7 @@ struct Form
     const char16_t *code;
     const char16_t *caption; ///< with the full-width hyphen; hosts open screens by it
     const char16_t *className;
-    TMake make; ///< null: not provided yet
+    TMake make;
 };
 
 template <typename Screen>
@@ -42,16 +42,13 @@ constexpr std::array Forms{
     Form{u"ADMIN06", u"营运管理－机构规则设置", u"TFrmOrgRuleSet", Make<TFrmOrgRuleSet>},
     Form{u"ADMIN07", u"营运管理－机构从属关系", u"TFrmMrgOrgAffiliation",
          Make<TFrmMrgOrgAffiliation>},
-    Form{u"ADMIN08", u"营运管理－机构药库设置", u"TFrmTraBuyCatalog", nullptr},
+    Form{u"ADMIN08", u"营运管理－机构药库设置", u"TFrmTraBuyCatalog", Make<TFrmTraBuyCatalog>},
     Form{u"ADMIN09", u"营运管理－公告管理", u"TFrmSysAffiche", Make<TFrmSysAffiche>},
 };
 
 TFormClass ClassOf(const Form &form)
 {
-    const QString caption = QString::fromUtf16(form.caption);
-    return {QString::fromUtf16(form.className), [make = form.make, caption](QWidget *owner) {
-                return make ? make(owner) : new TFrmNotProvided(owner, caption);
-            }};
+    return {QString::fromUtf16(form.className), form.make};
 }
 
 } // namespace

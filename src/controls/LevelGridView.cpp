@@ -71,20 +71,18 @@ int LevelGrid::EntryColumn(int level) const
     return VisibleColumns(level).value(0);
 }
 
-/// Details begin right of their expand mark; their last column takes the room up to the right end
-/// of the top level's.
+/// Details begin right of their expand mark and are as wide as their own columns, so that ticks
+/// stand near the names that they belong to.
 QRect LevelGrid::CellRect(int level, int column, int top, int height) const
 {
     if (level == 0) {
         const int mark = column == treePosition() ? indentation() : 0;
         return {columnViewportPosition(column) + mark, top, columnWidth(column) - mark, height};
     }
-    const QList<int> visible = VisibleColumns(level);
     int left = (level + 1) * indentation() - horizontalOffset();
+    const QList<int> visible = VisibleColumns(level);
     for (const int other : visible) {
-        int width = model_->Columns(level)[other].width;
-        if (other == visible.last())
-            width = qMax(width, header_->length() - horizontalOffset() - left);
+        const int width = model_->Columns(level)[other].width;
         if (other == column)
             return {left, top, width, height};
         left += width;
@@ -173,8 +171,9 @@ void LevelGrid::drawRow(QPainter *painter, const QStyleOptionViewItem &option,
     const QRect first = CellRect(level, columns.value(0), option.rect.top(), option.rect.height());
     const QRect gutter(QPoint(-horizontalOffset(), first.top()),
                        QPoint(first.left() - 1, first.bottom()));
-    painter->fillRect(gutter, background_.isValid() && level > 0 ? background_
-                                                                 : palette().color(QPalette::Base));
+    const QRect whole(0, first.top(), viewport()->width(), first.height());
+    painter->fillRect(whole, background_.isValid() && level > 0 ? background_
+                                                                : palette().color(QPalette::Base));
     if (!isHeader)
         PaintExpandMark(*painter, gutter, index);
 

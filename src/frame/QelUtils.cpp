@@ -85,6 +85,11 @@ QString ToDateSQL(const QDateTime &value)
     return DateLiteral(value.date(), value.date().isValid() ? value.time() : QTime(0, 0));
 }
 
+QString LocalNowText()
+{
+    return QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss");
+}
+
 QString DateRangeCondition(const QString &fieldName, const QDateTime &from, const QDateTime &to)
 {
     const bool hasFrom = from.date().isValid();

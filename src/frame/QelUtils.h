@@ -29,6 +29,9 @@ void PresetDates(DateEdit &from, DateEdit &to, int days);
 /// empty date arrives, is written 0000-00-00.
 QString ToDateSQL(const QDateTime &value);
 
+/// This machine's date and time as tables carry it, "2024-03-05 13:07:00".
+QString LocalNowText();
+
 /// The condition of a date range: ">=" with From only (its time unchanged), "<=" with To only (to
 /// the end of its day), otherwise "between" the two days, the earlier first. Two empty dates give
 /// a "between" over the empty-date value too: ask for it only when one is set.

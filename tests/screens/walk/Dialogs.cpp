@@ -7,6 +7,8 @@
 #include "screens/RegionSelect.h"
 #include "screens/StockOrgSetAdd.h"
 #include "screens/SysAfficheEdit.h"
+#include "screens/TraBuyCatalogEdit.h"
+#include "screens/TraBuyCatalogUser.h"
 #include "screens/UniMemberType.h"
 #include "screens/UniProduct.h"
 #include "screens/UniRuleConfigure.h"
@@ -88,6 +90,11 @@ TFrmBaseForm *MakeUniUserAdd(WalkStage &stage)
     return new TFrmUniUserAdd(nullptr, stage.table);
 }
 
+TFrmBaseForm *MakeTraBuyCatalogUser(WalkStage &stage)
+{
+    return new TFrmTraBuyCatalogUser(nullptr, stage.table, {u"71"_s, u"西药库"_s, u"501"_s});
+}
+
 constexpr WalkedDialog Dialogs[]{
     {"TFrmMrgOrgAffiliationEdit", MakeMrgOrgAffiliationEdit},
     {"TFrmMrgUpdateLog", MakeMrgUpdateLog},
@@ -95,6 +102,8 @@ constexpr WalkedDialog Dialogs[]{
     {"TFrmRegionSelect", MakeRegionSelect},
     {"TFrmStockOrgSetAdd", Make<TFrmStockOrgSetAdd>},
     {"TFrmSysAfficheEdit", MakeSysAfficheEdit},
+    {"TFrmTraBuyCatalogEdit", Make<TFrmTraBuyCatalogEdit>},
+    {"TFrmTraBuyCatalogUser", MakeTraBuyCatalogUser},
     {"TFrmUniProduct", MakeForUnion<TFrmUniProduct>},
     {"TFrmUniRuleConfigure", MakeForUnion<TFrmUniRuleConfigure>},
     {"TFrmUniUnionEdit", MakeUniUnionEdit},
