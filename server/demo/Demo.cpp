@@ -1,6 +1,7 @@
 #include "demo/Demo.h"
 
 #include "demo/Affiliations.h"
+#include "demo/Announcements.h"
 #include "demo/Catalogues.h"
 #include "demo/Deliveries.h"
 #include "demo/Groups.h"
@@ -24,39 +25,35 @@ namespace Qel::Demo {
 
 namespace {
 
-struct CountedTable
-{
-    QStringView table;
-    IdSeries series;
-};
-
-/// The tables whose keys are counted, with the series that SRV_SEQUENCE goes on with.
-constexpr CountedTable CountedTables[] = {
-    {u"BAS_REGION", IdSeries::Region},
-    {u"BAS_ORG", IdSeries::Organisation},
-    {u"UNI_UNION", IdSeries::Group},
-    {u"UNI_ORG_TYPE", IdSeries::MemberType},
-    {u"BAS_PRODUCT", IdSeries::Product},
-    {u"USR_USER", IdSeries::User},
-    {u"SYS_UPDATE_LOG", IdSeries::LogEntry},
-    {u"PRC_UNI_PRICE_TYPE", IdSeries::PriceType},
-    {u"PRC_UNI_PRICE_PRODUCT", IdSeries::Price},
-    {u"TRA_ORDER", IdSeries::Order},
-    {u"TRA_ORDER_ITEM", IdSeries::OrderLine},
-    {u"TRA_SEND", IdSeries::Delivery},
-    {u"TRA_RETURN", IdSeries::Return},
-    {u"BAS_ORG_AFFILIATION", IdSeries::Affiliation},
+/// The tables whose keys are counted, in the order of their rows; SRV_SEQUENCE goes on with them.
+constexpr QStringView CountedTables[] = {
+    u"BAS_REGION",
+    u"BAS_ORG",
+    u"UNI_UNION",
+    u"UNI_ORG_TYPE",
+    u"BAS_PRODUCT",
+    u"USR_USER",
+    u"SYS_UPDATE_LOG",
+    u"PRC_UNI_PRICE_TYPE",
+    u"PRC_UNI_PRICE_PRODUCT",
+    u"TRA_ORDER",
+    u"TRA_ORDER_ITEM",
+    u"TRA_SEND",
+    u"TRA_RETURN",
+    u"BAS_ORG_AFFILIATION",
+    u"SYS_AFFICHE",
 };
 
 void StoreSequences(Store::Connection &connection, const std::vector<TableRows> &tables)
 {
-    for (const CountedTable &counted : CountedTables) {
-        const QString name = counted.table.toString();
-        const auto rows = std::find_if(tables.begin(), tables.end(), [&](const TableRows &table) {
-            return table.Table() == name;
-        });
+    for (const QStringView table : CountedTables) {
+        const QString name = table.toString();
+        const auto rows = std::find_if(tables.begin(), tables.end(),
+                                       [&](const TableRows &one) { return one.Table() == name; });
+        // Not their number: some announcements were deleted for good.
+        const QString last = rows->Text(rows->Count() - 1, 0);
         connection.Run("INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES (?1, ?2)",
-                       {name, MakeId(counted.series, rows->Count()).toLongLong()});
+                       {name, last.toLongLong() + 1});
     }
 }
 
@@ -127,6 +124,7 @@ std::vector<TableRows> MakeRows(QDate today)
     AddTables(tables, std::move(deliveries));
     tables.push_back(StockPermissionRows(members.memberships, history));
     tables.push_back(OrganisationRuleRows(members.memberships, tables[affiliation], history));
+    tables.push_back(AnnouncementRows(groups, end, history));
     tables.push_back(history.Rows()); // the others have made it
     return tables;
 }

@@ -58,18 +58,24 @@ OfficeTime History::Begin(Phase phase, const QString &groupId) const
 Stamp History::Note(const Record &record, const QString &groupId, OfficeTime time,
                     const QList<Change> &changes)
 {
-    const std::vector<Stamp> &operators = offices_[groupId].operators;
     Stamp last;
     OfficeTime wait = 0;
     for (const Change change : changes) {
         time += wait;
-        // One of them is on duty for a day.
-        last = operators[static_cast<std::size_t>(time / OfficeDay) % operators.size()];
-        last.time = time;
-        entries_.push_back({record, change, last});
+        last = Enter(record, groupId, time, change);
         wait = random_.Between(1, MaxDaysBetween) * OfficeDay + random_.Below(OfficeDay);
     }
     return last;
+}
+
+Stamp History::Enter(const Record &record, const QString &groupId, OfficeTime time, Change change)
+{
+    const std::vector<Stamp> &operators = offices_[groupId].operators;
+    // One of them is on duty for a day.
+    Stamp stamp = operators[static_cast<std::size_t>(time / OfficeDay) % operators.size()];
+    stamp.time = time;
+    entries_.push_back({record, change, stamp});
+    return stamp;
 }
 
 TableRows History::Rows() const

@@ -48,6 +48,9 @@ public:
     Stamp Note(const Record &record, const QString &groupId, OfficeTime time,
                const QList<Change> &changes);
 
+    /// Notes one change at a moment of its own and gives its stamp.
+    Stamp Enter(const Record &record, const QString &groupId, OfficeTime time, Change change);
+
     /// SYS_UPDATE_LOG, in the order of time.
     TableRows Rows() const;
 

@@ -245,7 +245,8 @@ private slots:
             "SYS_UPDATE_LOG WHERE TIME(OPTION_DATE) NOT BETWEEN '08:30:00' AND '11:59:59' "
             "AND TIME(OPTION_DATE) NOT BETWEEN '13:30:00' AND '17:59:59'");
         row("entry of a group in the future",
-            "SYS_UPDATE_LOG WHERE OPTION_DATE >= '2025-07-01' AND TABLE_NAME NOT LIKE 'TRA%'");
+            "SYS_UPDATE_LOG WHERE OPTION_DATE >= '2025-07-01' AND TABLE_NAME NOT LIKE 'TRA%' "
+            "AND TABLE_NAME <> 'SYS_AFFICHE'");
         row("entry in the future",
             "SYS_UPDATE_LOG WHERE OPTION_DATE >= '" + Today.toString(Qt::ISODate).toUtf8() + '\'');
     }

@@ -197,6 +197,49 @@ private slots:
               "answer");
     }
 
+    void AnnouncementsAreAnswered_data()
+    {
+        QTest::addColumn<QString>("line");
+        for (const QString &line : manual_.split(u'\n')) {
+            if (line.contains(u"（第 21 号） | "_s))
+                QTest::newRow(qPrintable(line)) << line;
+        }
+    }
+    void AnnouncementsAreAnswered()
+    {
+        QFETCH(QString, line);
+        const QString title = line.section(u'|', 1, 1).trimmed();
+        const QString row = u"FROM SYS_AFFICHE WHERE AFFICHE_TITLE = '"_s + title + u'\'';
+        const auto known = ids_.constFind(title); // also of one that is deleted by now
+        const QString id = known == ids_.cend() ? data_->Text("SELECT ID " + row.toUtf8()) : *known;
+        ids_.insert(title, id);
+        QVERIFY(!id.isEmpty());
+        Wire::NamedValues values{{u"ID"_s, id}};
+        QString method = u"deleteNotic"_s;
+        if (line.contains(u"工作简报"_s)) {
+            method = u"confirmNotic"_s;
+            values.append({u"ENABLE_FLAG"_s, u"1"_s});
+        } else if (line.contains(u"修改"_s)) {
+            method = u"insertUpdateNotic"_s;
+            for (const QString &column : {u"START_DATE"_s, u"END_DATE"_s, u"AFFICHE_TYPE"_s,
+                                          u"AFFICHE_TITLE"_s, u"AFFICHE_CONTENT"_s, u"UNION_ID"_s,
+                                          u"PUBLIC_FLAG"_s, u"SALER_FLAG"_s, u"BUYER_FLAG"_s})
+                values.append({column, data_->Text((u"SELECT "_s + column + u' ' + row).toUtf8())});
+            values.append({u"ENABLE_FLAG"_s, u"0"_s});
+            if (line.contains(u"before"_s))
+                values[2].second = u"2020-01-01"_s;
+        }
+        QCOMPARE(Post(u"com.notic.NoticManager"_s, method, {values}),
+                 line.section(u'|', 3, 3).trimmed());
+    }
+
+    void EveryAnswerOfTheAnnouncementsIsNamed()
+    {
+        for (const QString &line : {u"发布 | 1 |"_s, u"发布公告失败！"_s, u"保存 | 1 |"_s,
+                                    u"保存数据失败！"_s, u"删除 | 1 |"_s, u"数据删除失败！"_s})
+            QVERIFY2(manual_.contains(line), qPrintable(line));
+    }
+
 private:
     const QString Prices = u"com.business.admin.UniPrice"_s;
     const QString SaveProducts = u"insertUpdatePrcUniPriceProduct"_s;
@@ -335,6 +378,7 @@ private:
     std::unique_ptr<SampleDatabase> data_;
     Store::Operator operator_;
     QHash<QString, QString> keys_; ///< by order and product
+    QHash<QString, QString> ids_;  ///< of announcements, by title
 };
 
 QTEST_GUILESS_MAIN(SampleAnswersTest)

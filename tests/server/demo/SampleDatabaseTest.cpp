@@ -217,7 +217,7 @@ private slots:
         QTest::addColumn<QByteArray>("key");
         for (const char *key :
              {"REGION_ID", "ORG_ID", "UNION_ID", "ORG_TYPE_ID", "PRODUCT_ID", "USER_ID", "LOG_ID",
-              "PRICE_TYPE_ID", "PRICE_ID", "ORD_ID", "ORD_ITEM_ID", "SEND_ID", "RETURN_ID"})
+              "PRICE_TYPE_ID", "PRICE_ID", "ORD_ID", "ORD_ITEM_ID", "SEND_ID", "RETURN_ID", "ID"})
             QTest::newRow(key) << QByteArray(key);
     }
     void NextKeysAreFree()
@@ -234,7 +234,8 @@ private slots:
                                                           {"ORD_ID", "TRA_ORDER"},
                                                           {"ORD_ITEM_ID", "TRA_ORDER_ITEM"},
                                                           {"SEND_ID", "TRA_SEND"},
-                                                          {"RETURN_ID", "TRA_RETURN"}};
+                                                          {"RETURN_ID", "TRA_RETURN"},
+                                                          {"ID", "SYS_AFFICHE"}};
         QFETCH(QByteArray, key);
         const QByteArray table = tables.value(key);
         QCOMPARE(data_->Number("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = '" + table + '\''),
