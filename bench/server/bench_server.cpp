@@ -19,6 +19,8 @@ namespace {
 constexpr int Organisations = 100'000;
 constexpr int RegionCount = 1'000; // 100 organisations each
 constexpr int Products = 5'000;    // all in one group's catalogue
+constexpr int GroupSize = 200;     // members; every organisation is in one group
+constexpr int Opened = 100;        // members to whom one owner of so many organisations opens
 
 const PageCase Cases[]{
     {"50 of 100,000, LIKE filter that scans", 50,
@@ -34,6 +36,27 @@ const PageCase Cases[]{
      "UNI_PRODUCT A,    BAS_PRODUCT B  WHERE A.Union_ID='300001'   AND A.PRODUCT_ID=B.PRODUCT_ID  "
      "  AND nvl(A.LAST_OPERATE,'null') <> 'D' "_s,
      3.0, 101},
+    {"50 of 100,000 stock permissions", 50,
+     u" select a.org_name as Owner_OrgName, b.org_name, c.*  from bas_org a,      bas_org b,"
+     "    stk_org_set c where a.org_id = c.owner_orgid  and b.org_id = c.org_id "
+     " and c.last_operate <> 'D'  order by a.org_name, b.org_name "_s,
+     3.0, 31},
+    {"the same, LIKE filter that scans", 50,
+     u" select a.org_name as Owner_OrgName, b.org_name, c.*  from bas_org a,      bas_org b,"
+     "    stk_org_set c where a.org_id = c.owner_orgid  and b.org_id = c.org_id "
+     " and c.last_operate <> 'D'  and ((UPPER(a.org_code) like '%中医%') or (UPPER(a.org_name) "
+     "like '%中医%') or (UPPER(a.org_name_py) like '%中医%') or (UPPER(b.org_code) like '%中医%') "
+     "or (UPPER(b.org_name) like '%中医%') or (UPPER(b.org_name_py) like '%中医%'))"
+     " order by a.org_name, b.org_name "_s,
+     1.1, 31},
+    {"20 of 99 who may be shown a stock", 20,
+     u" select '0' as selected,a.org_code,a.org_name,a.org_id  from bas_org a,"
+     " ( select * from stk_org_set where owner_orgid = '200100'    and last_operate<> 'D' ) b,"
+     " (select distinct u.org_id from uni_org u,     ( select distinct union_id from uni_org where"
+     " org_id = '200100'            and last_operate <> 'D' ) v      where u.union_id = v.union_id"
+     " and u.last_operate<> 'D' ) d  where  d.org_id = a.org_id  and d.org_id = b.org_id(+) "
+     " and b.org_id is null and d.org_id <> '200100' order by a.org_name "_s,
+     3.0, 301},
 };
 
 void FillCatalogue(Store::Connection &connection)
@@ -55,6 +78,28 @@ void FillCatalogue(Store::Connection &connection)
         membership->Bind(1, id);
         membership->Step();
         membership->Reset();
+    }
+}
+
+/// Groups of neighbours, in each of which two let the first half see their stock.
+void FillStock(Store::Connection &connection)
+{
+    const auto membership =
+        connection.Prepare("INSERT INTO UNI_ORG (UNION_ID, ORG_ID) VALUES (?1, ?2)");
+    const auto permission = connection.Prepare(
+        "INSERT INTO STK_ORG_SET (OWNER_ORGID, ORG_ID, SHOW_QTY) VALUES (?1, ?2, ?3)");
+    for (int at = 0; at < Organisations; ++at) {
+        membership->Bind(1, QString::number(310'000 + at / GroupSize));
+        membership->Bind(2, QString::number(200'000 + at));
+        membership->Step();
+        membership->Reset();
+        const int owner = at / Opened * Opened;
+        const int viewer = owner / GroupSize * GroupSize + at % Opened;
+        permission->Bind(1, QString::number(200'000 + owner));
+        permission->Bind(2, QString::number(200'000 + viewer));
+        permission->Bind(3, QString::number(at % 2));
+        permission->Step();
+        permission->Reset();
     }
 }
 
@@ -85,6 +130,7 @@ void Fill(const QString &url)
         insert->Reset();
     }
     FillCatalogue(*connection);
+    FillStock(*connection);
     AddOperator(*connection);
     transaction.Commit();
 }
