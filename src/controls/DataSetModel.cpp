@@ -18,6 +18,13 @@ const QString &UntickedText()
     return text;
 }
 
+/// A date of midnight is a date alone, as that of an expiry is.
+QString DateText(const QString &raw)
+{
+    constexpr QStringView midnight = u" 00:00:00";
+    return raw.endsWith(midnight) ? raw.chopped(midnight.size()) : raw;
+}
+
 } // namespace
 
 // --- DataSetCells --------------------------------------------------------------------------------
@@ -93,6 +100,12 @@ QString DataSetCells::RawText(int recNo, int column) const
     return field < 0 ? QString() : dataSet_->TextAt(recNo, field);
 }
 
+bool DataSetCells::IsDate(int column) const
+{
+    const int field = FieldOf(column);
+    return field >= 0 && dataSet_->Fields().at(field).type == FieldType::DateTime;
+}
+
 QString DataSetCells::ShownText(int recNo, int column) const
 {
     const QString raw = RawText(recNo, column);
@@ -100,7 +113,7 @@ QString DataSetCells::ShownText(int recNo, int column) const
         return CurrencyText(raw);
     const ValueList &values = columns_[column].values;
     if (values.isEmpty())
-        return raw;
+        return IsDate(column) ? DateText(raw) : raw;
     for (const ValueItem &item : values) {
         if (item.value == raw)
             return item.text;

@@ -33,7 +33,8 @@ public:
 
     int FieldOf(int column) const; ///< position in the dataset, -1 if it has no such field
     QString RawText(int recNo, int column) const;
-    QString ShownText(int recNo, int column) const; ///< empty for a value outside the value list
+    /// Empty for a value outside the value list; a date-time of midnight without its time.
+    QString ShownText(int recNo, int column) const;
     QVariant Data(int recNo, int column, int role) const;
     QVariant Header(int column, int role) const;
     Qt::ItemFlags Flags(int column) const; ///< beside selectable and enabled
@@ -43,6 +44,7 @@ public:
     bool Write(int recNo, int column, const QVariant &value, int role, QString *error);
 
 private:
+    bool IsDate(int column) const;
     void Resolve() const;
 
     QPointer<ClientDataSet> dataSet_;

@@ -71,6 +71,22 @@ private slots:
         QCOMPARE(model_->index(2, 2).data(RawValueRole).toString(), u"66"_s);
     }
 
+    void DateOfMidnightShowsNoTime()
+    {
+        RowSetBuilder builder({{u"AT"_s, FieldType::DateTime}, {u"TOLD"_s, FieldType::Text}});
+        for (const auto &[at, told] : {std::pair{"2026-07-21 00:00:00", "2026-07-21 00:00:00"},
+                                       std::pair{"2026-07-21 10:00:00", "x"}}) {
+            builder.AddCell(at);
+            builder.AddCell(told);
+            builder.EndRow();
+        }
+        dataSet_.Open(RowSet::Load(builder.Finish()));
+        model_->SetColumns(ParseGridColumns({u"AT"_s, u"TOLD"_s}));
+        QCOMPARE(RowTexts(*model_, 0), u"2026-07-21|2026-07-21 00:00:00"_s);
+        QCOMPARE(RowTexts(*model_, 1), u"2026-07-21 10:00:00|x"_s);
+        QCOMPARE(model_->index(0, 0).data(RawValueRole).toString(), u"2026-07-21 00:00:00"_s);
+    }
+
     void TwoColumnsMayShowOneField()
     {
         model_->SetColumns(ParseGridColumns({u"ORG_TYPE"_s, u"org_type"_s}));
