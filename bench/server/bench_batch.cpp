@@ -1,7 +1,7 @@
 #include "HttpLine.h"
+#include "PeerDatabase.h"
 #include "ServerRun.h"
 
-#include "sql/SqliteFunctions.h"
 #include "store/Database.h"
 #include "store/Schema.h"
 #include "support/Timing.h"
@@ -10,8 +10,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
-
-#include <sqlite3.h>
 
 #include <cstdio>
 #include <vector>
@@ -81,54 +79,26 @@ class Direct
 {
 public:
     explicit Direct(const QString &file)
+        : database_(file)
     {
-        sqlite3_open_v2(file.toUtf8().constData(), &database_, SQLITE_OPEN_READWRITE, nullptr);
-        Sql::PrepareSqliteConnection(database_);
-        Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
-        if (sqlite3_prepare_v2(
-                database_,
-                "INSERT INTO UNI_ORG (UNION_ID, ORG_ID, ORG_TYPE_ID, LAST_USER,"
-                " LAST_USER_ID, LAST_UPDATE, LAST_OPERATE)"
-                " VALUES (?1, ?2, ?3, '测量员', '600001', '2026-01-05 08:00:00', '1')",
-                -1, &insert_, nullptr) != SQLITE_OK)
-            qFatal("%s", sqlite3_errmsg(database_));
     }
-    ~Direct()
-    {
-        sqlite3_finalize(insert_);
-        sqlite3_close(database_);
-    }
-    Q_DISABLE_COPY_MOVE(Direct)
 
     void Add(const std::vector<QByteArray> &organisations, const QByteArray &group,
              const QByteArray &type)
     {
-        Execute("BEGIN IMMEDIATE");
-        for (const QByteArray &organisation : organisations) {
-            Bind(1, group);
-            Bind(2, organisation);
-            Bind(3, type);
-            if (sqlite3_step(insert_) != SQLITE_DONE)
-                qFatal("%s", sqlite3_errmsg(database_));
-            sqlite3_reset(insert_);
-        }
-        Execute("COMMIT");
+        database_.Execute("BEGIN IMMEDIATE");
+        for (const QByteArray &organisation : organisations)
+            insert_.Run({group, organisation, type});
+        database_.Execute("COMMIT");
     }
 
 private:
-    void Bind(int parameter, const QByteArray &text)
-    {
-        sqlite3_bind_text(insert_, parameter, text.constData(), int(text.size()), SQLITE_STATIC);
-    }
-
-    void Execute(const char *sql)
-    {
-        if (sqlite3_exec(database_, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
-            qFatal("%s", sqlite3_errmsg(database_));
-    }
-
-    sqlite3 *database_ = nullptr;
-    sqlite3_stmt *insert_ = nullptr;
+    Bench::PeerDatabase database_;
+    Bench::PeerStatement insert_{database_.Handle(),
+                                 "INSERT INTO UNI_ORG (UNION_ID, ORG_ID, ORG_TYPE_ID, LAST_USER,"
+                                 " LAST_USER_ID, LAST_UPDATE, LAST_OPERATE)"
+                                 " VALUES (?1, ?2, ?3, '测量员', '600001', '2026-01-05 08:00:00',"
+                                 " '1')"};
 };
 
 void ExpectStored(const QByteArray &body)

@@ -5,6 +5,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -79,10 +80,31 @@ bool IsInCatalogue(Store::Connection &connection, const QString &unionId, const 
                              {unionId, productId});
 }
 
+/// Whether the text is a price as Canonical would write it; false for some that are. Most of what
+/// screens post and the database gives is, and need not become a number to compare.
+bool IsCanonical(QStringView price)
+{
+    constexpr qsizetype most = 9; // characters, so that none is above the highest
+    if (price.isEmpty() || price.size() > most)
+        return false;
+    const qsizetype point = price.indexOf(u'.');
+    const QStringView whole = price.first(point < 0 ? price.size() : point);
+    const QStringView part = point < 0 ? QStringView() : price.sliced(point + 1);
+    const auto isDigits = [](QStringView text) {
+        return std::all_of(text.begin(), text.end(),
+                           [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
+    };
+    return !whole.isEmpty() && whole.size() < most && isDigits(whole) && isDigits(part) &&
+           (whole == u"0" || !whole.startsWith(u'0')) &&
+           (point < 0 || (!part.isEmpty() && !part.endsWith(u'0')));
+}
+
 /// The price to its last digit, as it compares; empty stays empty (no price), anything that is none
 /// becomes null.
 std::optional<QString> Canonical(const QString &price)
 {
+    if (IsCanonical(price))
+        return price;
     if (price.trimmed().isEmpty())
         return QString();
     bool isNumber = false;
@@ -123,8 +145,11 @@ QString PriceOf(Store::Connection &connection, const QStringList &contents)
 Wire::ResultRow InsertUpdateProductPrice(PostContext &post, const PostedRow &row)
 {
     const QStringList posted = row.Of(ProductPrice);
-    QString id = PriceOf(post.connection, posted);
-    if (const QString known = row[ProductPriceKey]; !known.isEmpty() && known != id)
+    const QString known = row[ProductPriceKey];
+    QString id = known.isEmpty() ? PriceOf(post.connection, posted) : known;
+    Record old = ProductPrices().Find(post.connection, {id});
+    constexpr qsizetype whose = 3; // group, seller and product
+    if (!known.isEmpty() && old.values.first(qMin(whose, old.values.size())) != posted.first(whose))
         return {Failed, {}};
     const auto stored = [&]() -> Wire::ResultRow {
         return {Stored, {{u"PRODUCT_ID"_s, posted[2]}, {ProductPriceKey, id}}};
@@ -137,7 +162,6 @@ Wire::ResultRow InsertUpdateProductPrice(PostContext &post, const PostedRow &row
         return {Failed, {}};
     if (id.isEmpty())
         id = NewKey(post.connection, u"PRC_UNI_PRICE_PRODUCT"_s, ProductPriceKey);
-    Record old = ProductPrices().Find(post.connection, {id});
     if (old.state != RowState::Absent)
         old.values = WithCanonicalPrices(old.values).value_or(old.values);
     ProductPrices().Put(post, old, {id}, *contents);
