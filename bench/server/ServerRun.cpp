@@ -20,10 +20,15 @@ void AddOperator(Store::Connection &connection, const QString &userId, const QSt
     Store::SetToken(connection, u"bench"_s, Token);
 }
 
+QString UserInfo()
+{
+    return u"bench:"_s + QString::fromLatin1(Token);
+}
+
 QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteArray &key)
 {
     return line + " HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " +
-           (QByteArray("bench:") + Token).toBase64() +
+           UserInfo().toLatin1().toBase64() +
            "\r\nAccept: application/cbor\r\nContent-Type: application/cbor\r\nContent-Length: " +
            QByteArray::number(body.size()) +
            (key.isEmpty() ? QByteArray() : "\r\nIdempotency-Key: " + key) + "\r\n\r\n" + body;

@@ -14,6 +14,9 @@ namespace Qel::Bench {
 void AddOperator(Store::Connection &connection, const QString &userId = QStringLiteral("600001"),
                  const QString &orgId = QStringLiteral("200000"));
 
+/// "user:token" of that operator, as a server's address takes them.
+QString UserInfo();
+
 /// The bytes of a request; `line` is "POST /path", `key` an idempotency key or empty.
 QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteArray &key = {});
 

@@ -71,7 +71,11 @@ void TFrmMrgOrgAffiliationEdit::FormShow()
     ui_->edParentCode->setText(place_.parentCode);
     ui_->edParentName->setText(place_.parentName);
     SetOwnCode(place_.code);
-    ui_->edTREE_CODE->setReadOnly(place_.codeFixed);
+    if (place_.codeFixed) {
+        ui_->edTREE_CODE->setReadOnly(true);
+        ui_->edTREE_CODE->setFrame(false); // looks as the superior's code does
+        ui_->edTREE_CODE->setFocusPolicy(Qt::ClickFocus);
+    }
     ui_->edOrgName->SetChoice(place_.orgId, place_.orgName);
     ui_->edOrgName->setFocus();
     if (place_.mode == TAffiliation::Mode::Insert)
@@ -109,7 +113,6 @@ void TFrmMrgOrgAffiliationEdit::PickOrganisation()
 bool TFrmMrgOrgAffiliationEdit::InputIsComplete()
 {
     const QString code = ui_->edTREE_CODE->text().trimmed();
-    const int length = IsTopLevel() ? TreeCode::TopLength : TreeCode::StepLength;
     // A click on the button comes before the field's own check.
     if (!DigitGuard::IsDigits(code)) {
         RejectIllegalCode();
@@ -118,8 +121,10 @@ bool TFrmMrgOrgAffiliationEdit::InputIsComplete()
     QString missing;
     if (code.isEmpty())
         missing = u"请输入机构编码！"_s;
-    else if (code.size() != length)
-        missing = u"请输入 %1 位编码！"_s.arg(length);
+    else if (IsTopLevel() && code.size() != TreeCode::TopLength)
+        missing = u"请输入 4 位编码！"_s;
+    else if (!IsTopLevel() && code.size() != TreeCode::StepLength)
+        missing = u"请输入 2 位编码！"_s;
     else if (ui_->edOrgName->ChosenValue().isEmpty())
         missing = u"请选择机构！"_s;
     if (!missing.isEmpty())
