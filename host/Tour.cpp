@@ -67,7 +67,6 @@ constexpr Dialog Dialogs[]{
     {u"ADMIN08-drug-stores", u"ADMIN08", {u"+ActionFullExpand"}},
     {u"ADMIN08-new", u"ADMIN08", {u"ActionNewCatalog"}},
     {u"ADMIN08-users", u"ADMIN08", {u"ActionCatalogUser"}},
-    {u"ADMIN09-announcements", u"ADMIN09", {u"-edStart", u"+ActionQuery"}},
     {u"ADMIN09-new", u"ADMIN09", {u"ActionNew"}},
     {u"ADMIN09-modify", u"ADMIN09", {u"ActionModify"}},
     {u"ADMIN09-log", u"ADMIN09", {u"ActionLog"}},
