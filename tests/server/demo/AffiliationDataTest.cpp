@@ -1,11 +1,69 @@
 #include "SampleDatabase.h"
 
+#include "managers/PostRunner.h"
+#include "store/Credentials.h"
 #include "store/QueryRunner.h"
 
+#include <QFile>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
+
+namespace {
+
+/// A line of the manual: what is done to the row of a code, with which organisation.
+struct Step
+{
+    QString action;
+    QString code;
+    QString organisation;
+    QString answer;
+};
+
+QList<Step> StepsOfTheManual()
+{
+    QFile file(QStringLiteral(QEL_MANUAL));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QString page = QString::fromUtf8(file.readAll());
+    QList<Step> steps;
+    for (const QString &line : page.mid(page.indexOf(u"## 机构从属关系"_s)).split(u'\n')) {
+        const QStringList cells = line.split(u'|');
+        if (cells.size() == 7 && cells[2].trimmed().toInt() > 0)
+            steps +=
+                {cells[1].trimmed(), cells[2].trimmed(), cells[3].trimmed(), cells[4].trimmed()};
+    }
+    return steps;
+}
+
+/// The step as the screens post it. A row that was taken out is named by those who still see it.
+Wire::PostRequest PostOf(SampleDatabase &data, const Step &step)
+{
+    const QByteArray row = " FROM BAS_ORG_AFFILIATION WHERE TREE_CODE = '" + step.code.toUtf8() +
+                           "' ORDER BY ENABLE_FLAG = 'D'";
+    const QString rowOrganisation = data.Text("SELECT ORG_ID" + row);
+    const QString organisation = data.Text("SELECT ORG_ID FROM BAS_ORG WHERE ORG_NAME = '" +
+                                           step.organisation.toUtf8() + '\'');
+    const QString manager = u"com.business.basedata.OrgAffiliationManager"_s;
+    if (step.action.startsWith(u"删除"))
+        return {manager,
+                u"deleteOrgAffiliation"_s,
+                {{{u"ORG_ID"_s, rowOrganisation}, {u"ENABLE_FLAG"_s, u"D"_s}}}};
+    const bool isNew = step.action.startsWith(u"新增子机构");
+    const QString code =
+        isNew ? step.code + (step.action.contains(u"02") ? u"02"_s : u"01"_s) : step.code;
+    const QString superior = isNew ? rowOrganisation : data.Text("SELECT PARENT_ORGID" + row);
+    return {manager,
+            u"insertUpdateOrgAffiliation"_s,
+            {{{u"ID"_s, isNew ? QString() : data.Text("SELECT ID" + row)},
+              {u"ORG_ID"_s, organisation},
+              {u"PARENT_ORGID"_s, superior},
+              {u"TREE_CODE"_s, code},
+              {u"TREE_LEVEL"_s, QString::number(code.size() / 2 - 1)}}}};
+}
+
+} // namespace
 
 /// The sample affiliation, as its screen and the rules of an organisation find it.
 class AffiliationDataTest : public QObject
@@ -106,6 +164,22 @@ private slots:
     {
         QCOMPARE(data_->Number("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = 'BAS_ORG_AFFILIATION'"),
                  data_->Number("SELECT MAX(ID) FROM BAS_ORG_AFFILIATION") + 1);
+    }
+
+    void ManualNamesARecordForEveryAnswer()
+    {
+        const QList<Step> steps = StepsOfTheManual();
+        QCOMPARE(steps.size(), 8);
+        SampleDatabase data;
+        const QByteArray token = "0123456789abcdef";
+        Store::SetToken(*data.connection, u"admin"_s, token);
+        const auto admin = Store::FindOperator(*data.connection, u"admin"_s, token);
+        for (const Step &step : steps) {
+            const Wire::PostAnswer answer = Managers::RunPost(
+                *data.connection, *admin, {.request = PostOf(data, step), .key = {}, .body = {}});
+            QVERIFY2(answer.rows.value(0).code == step.answer,
+                     qPrintable(step.action + u' ' + step.code + u' ' + answer.rows.value(0).code));
+        }
     }
 
 private:
