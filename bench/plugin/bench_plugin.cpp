@@ -1,13 +1,14 @@
 // What an operator waits for when the host takes the plug-in in: from the loading of the module to
 // the first screen on the display. The host's own window is up before, with its fonts and style.
 
+#include "PaintWatch.h"
+
 #include "host/LocalServer.h"
 #include "host/Plugin.h"
 #include "host/Session.h"
 #include "support/Timing.h"
 
 #include <QApplication>
-#include <QEvent>
 #include <QMainWindow>
 #include <QProcess>
 #include <QTabWidget>
@@ -43,27 +44,6 @@ constexpr std::array Phases{
 };
 constexpr char ServerVariable[] = "QEL_BENCH_SERVER";
 constexpr char ParamsVariable[] = "QEL_BENCH_PARAMS";
-
-class PaintWatch : public QObject
-{
-public:
-    bool painted = false;
-
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        painted = painted || event->type() == QEvent::Paint;
-        return false;
-    }
-};
-
-/// Runs the events until this widget has been painted.
-void WaitForPaint(QWidget *widget)
-{
-    PaintWatch watch;
-    widget->installEventFilter(&watch);
-    while (!watch.painted)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
 
 /// One life of a host in this process; prints the milliseconds of each phase.
 void RunOnce()
