@@ -114,7 +114,7 @@ QString NameOf(const QWidget &widget)
 
 QStringList FormFaults(QWidget &form)
 {
-    QStringList faults = DefaultFocusFaults(form);
+    QStringList faults = DefaultFocusFaults(form) + FocusChainFaults(form);
     OnEveryPage(form, [&] {
         faults << ClippedTexts(form) << MisplacedControls(form) << TabOrderFaults(form)
                << KeysUsedTwice(form) << UnhandledButtons(form);

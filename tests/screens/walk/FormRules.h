@@ -22,6 +22,10 @@ QStringList MisplacedControls(const QWidget &form);
 /// read-only edits without a button that it does.
 QStringList TabOrderFaults(const QWidget &form);
 
+/// The focus chain of the form's window, which a tab stop that names a control with pages breaks:
+/// it comes back to the window in both directions and leaves no control out.
+QStringList FocusChainFaults(const QWidget &form);
+
 /// The control that a dialog starts on: there is none, it is disabled, or it is a tab.
 QStringList DefaultFocusFaults(const QWidget &form);
 

@@ -197,6 +197,20 @@ const QList<BadForm> BadForms{
      [](QWidget &form) { Put<QLineEdit>(form, u"bad"_s, First)->setReadOnly(true); },
      u"Tab stops at the read-only bad"_s},
 
+    {"pages that come after their own controls", FocusChainFaults,
+     [](QWidget &form) {
+         Put<QLineEdit>(form, u"edOther"_s, First);
+         auto *screen = Put<QWidget>(form, u"screen"_s, {0, 50, 300, 100});
+         auto *tabs = Put<QTabWidget>(*screen, u"tabs"_s, {0, 0, 300, 100});
+         auto *page = new QWidget;
+         auto *first = Put<QLineEdit>(*page, u"edFirst"_s, {10, 10, 50, 24});
+         auto *second = Put<QLineEdit>(*page, u"edSecond"_s, {70, 10, 50, 24});
+         tabs->addTab(page, u"页"_s);
+         QWidget::setTabOrder(first, second);
+         QWidget::setTabOrder(second, tabs);
+     },
+     u"the focus chain is broken between screen and form"_s},
+
     {"no focus", DefaultFocusFaults,
      [](QWidget &form) { Put<QLineEdit>(form, u"bad"_s, First)->setFocusPolicy(Qt::NoFocus); },
      u"no control has the focus"_s},

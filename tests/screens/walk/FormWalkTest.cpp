@@ -8,6 +8,7 @@
 
 #include <QDirIterator>
 #include <QFontDatabase>
+#include <QLineEdit>
 #include <QPointer>
 #include <QRegularExpression>
 
@@ -112,6 +113,7 @@ private slots:
         WalkStage stage;
         AnswerTheRest(stage);
         QWidget place; // a page of the host's tabs
+        QLineEdit other(&place);
         const QPointer<TFrmBaseForm> screen =
             FormLibrary()->GetEntry(index)->FormClass.Create(&place);
         walked_ << ClassOf(*screen);
@@ -119,7 +121,11 @@ private slots:
         screen->MakeEmbedded();
         screen->show();
         ShowScreen(place);
-        ReportFaults(FormFaults(*screen), stage);
+        QStringList faults = FormFaults(*screen);
+        screen->close();
+        QTRY_VERIFY(!screen);
+        faults << FocusChainFaults(place);
+        ReportFaults(faults, stage);
     }
 
     void DialogsAreInOrder_data()

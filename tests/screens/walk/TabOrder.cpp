@@ -225,6 +225,29 @@ QStringList TabOrderFaults(const QWidget &form)
     return faults;
 }
 
+/// Qt walks the chain of the whole window, also when a form or dialog comes or goes: without an end
+/// it hangs there.
+QStringList FocusChainFaults(const QWidget &form)
+{
+    const QWidget *window = form.window();
+    QWidgetList missed = window->findChildren<QWidget *>();
+    const auto isElsewhere = [window](const QWidget *widget) { return widget->window() != window; };
+    missed.erase(std::remove_if(missed.begin(), missed.end(), isElsewhere), missed.end());
+    const QWidget *at = window;
+    do {
+        QWidget *next = at->nextInFocusChain();
+        if (next->previousInFocusChain() != at)
+            return {
+                u"the focus chain is broken between %1 and %2"_s.arg(NameOf(*at), NameOf(*next))};
+        missed.removeOne(next);
+        at = next;
+    } while (at != window); // a chain whose links go both ways comes back
+    QStringList faults;
+    for (const QWidget *widget : missed)
+        faults << u"%1 is not in the focus chain"_s.arg(NameOf(*widget));
+    return faults;
+}
+
 QStringList DefaultFocusFaults(const QWidget &form)
 {
     const QWidget *focused = form.focusWidget();
