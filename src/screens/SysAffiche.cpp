@@ -144,7 +144,7 @@ void TFrmSysAffiche::ActionModifyExecute()
         return;
     TFrmSysAfficheEdit editor(this, AfficheOfCurrentRow(cdsMaster));
     if (editor.ShowModal() == TModalResult::Ok)
-        EditRow(cdsMaster, ModifiedRow(editor.Affiche()));
+        EditRow(cdsMaster, ShownValues(editor.Affiche()));
 }
 
 void TFrmSysAffiche::ActionDeleteExecute()

@@ -58,21 +58,6 @@ Wire::NamedValues PostedValues(const TAffiche &affiche)
     };
 }
 
-/// What a row of the list shows of the boxes.
-Wire::NamedValues ShownValues(const TAffiche &affiche)
-{
-    Wire::NamedValues row{
-        {u"START_DATE"_s, affiche.start},        {u"AFFICHE_TITLE"_s, affiche.title},
-        {u"AFFICHE_CONTENT"_s, affiche.content}, {u"UNION_ID"_s, affiche.unionId},
-        {u"UNION_NAME"_s, affiche.unionName},    {u"PUBLIC_FLAG"_s, affiche.publicFlag},
-        {u"SALER_FLAG"_s, affiche.salerFlag},    {u"BUYER_FLAG"_s, affiche.buyerFlag},
-        {u"CREATE_USER"_s, RunParam().UserName},
-    };
-    if (!affiche.end.isEmpty())
-        row.append({u"END_DATE"_s, affiche.end});
-    return row;
-}
-
 QString FlagOf(const QCheckBox *mark)
 {
     return mark->isChecked() ? u"1"_s : u"0"_s;
@@ -97,9 +82,18 @@ TAffiche AfficheOfCurrentRow(const ClientDataSet &affiches)
     };
 }
 
-Wire::NamedValues ModifiedRow(const TAffiche &affiche)
+Wire::NamedValues ShownValues(const TAffiche &affiche)
 {
-    return ShownValues(affiche);
+    Wire::NamedValues row{
+        {u"START_DATE"_s, affiche.start},        {u"AFFICHE_TITLE"_s, affiche.title},
+        {u"AFFICHE_CONTENT"_s, affiche.content}, {u"UNION_ID"_s, affiche.unionId},
+        {u"UNION_NAME"_s, affiche.unionName},    {u"PUBLIC_FLAG"_s, affiche.publicFlag},
+        {u"SALER_FLAG"_s, affiche.salerFlag},    {u"BUYER_FLAG"_s, affiche.buyerFlag},
+        {u"CREATE_USER"_s, RunParam().UserName},
+    };
+    if (!affiche.end.isEmpty())
+        row.append({u"END_DATE"_s, affiche.end});
+    return row;
 }
 
 QString AfficheUnionsSql(const QString &userId)

@@ -30,9 +30,9 @@ struct TAffiche
 /// The announcement in the table's current row.
 TAffiche AfficheOfCurrentRow(const ClientDataSet &affiches);
 
-/// What the row of a modified announcement takes over. An emptied end date leaves the old one
-/// there, and the modifier is shown as the creator.
-Wire::NamedValues ModifiedRow(const TAffiche &affiche);
+/// What the announcement's row in the list takes over. Without an end the row keeps the one that it
+/// has, and whoever saved it is shown as the creator.
+Wire::NamedValues ShownValues(const TAffiche &affiche);
 
 /// The groups that a user may address.
 QString AfficheUnionsSql(const QString &userId);
