@@ -4,6 +4,7 @@
 #include "demo/Announcements.h"
 #include "demo/Catalogues.h"
 #include "demo/Deliveries.h"
+#include "demo/DrugStores.h"
 #include "demo/Groups.h"
 #include "demo/History.h"
 #include "demo/Memberships.h"
@@ -42,6 +43,7 @@ constexpr QStringView CountedTables[] = {
     u"TRA_RETURN",
     u"BAS_ORG_AFFILIATION",
     u"SYS_AFFICHE",
+    u"TRA_BUY_CATALOG",
 };
 
 void StoreSequences(Store::Connection &connection, const std::vector<TableRows> &tables)
@@ -106,7 +108,9 @@ std::vector<TableRows> MakeRows(QDate today)
     const std::size_t products = tables.size();
     tables.push_back(ProductRows(organisations, initials));
     const QStringList productIds = tables.back().LiveKeys();
-    tables.push_back(UserRows(users));
+    std::vector<User> everybody = MakeStoreKeepers(organisations, users, initials);
+    everybody.insert(everybody.begin(), users.begin(), users.end());
+    tables.push_back(UserRows(everybody));
     tables.push_back(GroupRows(groups, regions, history));
     tables.push_back(MemberTypeRows(members.types, history));
     tables.push_back(MembershipRows(members.memberships, history));
@@ -125,6 +129,7 @@ std::vector<TableRows> MakeRows(QDate today)
     tables.push_back(StockPermissionRows(members.memberships, history));
     tables.push_back(OrganisationRuleRows(members.memberships, tables[affiliation], history));
     tables.push_back(AnnouncementRows(groups, end, history));
+    AddTables(tables, DrugStoreRows(organisations, everybody));
     tables.push_back(history.Rows()); // the others have made it
     return tables;
 }

@@ -25,6 +25,7 @@ enum class IdSeries {
     Product = 500001,
     User = 600001,
     Affiliation = 700001,
+    DrugStore = 800001,
     Announcement = 900001,
     // Eight digits: there are more of these than six would hold.
     LogEntry = 70000001,

@@ -5,6 +5,7 @@
 #include "managers/OrgAffiliation.h"
 #include "managers/RuleManager.h"
 #include "managers/StockManager.h"
+#include "managers/TraBuyCatalog.h"
 #include "managers/UniPrice.h"
 #include "managers/UniProduct.h"
 #include "managers/UniUnion.h"
@@ -59,7 +60,7 @@ const QList<Method> &Methods()
     static const QList<Method> methods =
         UniUnionMethods() + UniUnionOrgMethods() + UniProductMethods() + RuleManagerMethods() +
         UniUserMethods() + BusDataRollBackMethods() + UniPriceMethods() + OrgAffiliationMethods() +
-        StockManagerMethods() + NoticManagerMethods();
+        StockManagerMethods() + NoticManagerMethods() + TraBuyCatalogMethods();
     return methods;
 }
 

@@ -82,6 +82,9 @@ inline bool IsFlag(const QString &value)
 /// Stores one row or refuses it. A refusal may leave changes behind: the caller undoes them.
 using MethodFunction = Wire::ResultRow (*)(PostContext &post, const PostedRow &row);
 
+/// What the rows mean as a list, once each of them is stored.
+using FinishFunction = void (*)(PostContext &post, const QList<Wire::NamedValues> &rows);
+
 struct Method
 {
     QString manager;
@@ -90,9 +93,10 @@ struct Method
     QStringList parameters; ///< columns of that table; the operator's parameters come beside them
     QStringList key;        ///< those that name a record; a list names each record once
     MethodFunction run;
-    QStringList echo = {};    ///< see RowByRow
-    bool takesNoRows = false; ///< an empty list is stored, too
-    QStringList flags = {};   ///< parameters that are no columns: "0" or "1"
+    QStringList echo = {};           ///< see RowByRow
+    bool takesNoRows = false;        ///< an empty list is stored, too
+    QStringList flags = {};          ///< parameters that are no columns: "0" or "1"
+    FinishFunction finish = nullptr; ///< of all rows or none only; null: the rows are all there is
 
     /// Each row is stored or refused by itself, and its result gives its `echo` parameters back.
     /// Otherwise all rows are stored or none.

@@ -83,6 +83,8 @@ Wire::PostAnswer RunAsOne(PostContext &context, const Method &method,
             return answer;
         }
     }
+    if (method.finish)
+        method.finish(context, rows);
     savepoint.Keep();
     return answer;
 }

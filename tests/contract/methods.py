@@ -324,6 +324,71 @@ class Methods:
         self.assertEqual(self.column(live), [])
         self.assertEqual(self.codes(STOCK, save, [self.permission(owner, stranger, "1", "D")]), ["0"])
 
+    # Drug stores
+
+    def save_drug_store(self, organisation, name, key=""):
+        return self.peer.post(ADMIN + "TraBuyCatalog", "insertUpdateBuyCatalog", [
+            {"CATALOG_ID": key, "CATALOG_NAME": name, "BUY_ORGID": organisation}])[0]
+
+    def drug_store(self, organisation, name):
+        code, values = self.save_drug_store(organisation, name)
+        self.assertEqual(code, "1")
+        key = {"CATALOG_ID": values["CATALOG_ID"], "BUY_ORGID": organisation}
+        self.addCleanup(self.peer.post, ADMIN + "TraBuyCatalog", "deleteBuyCatalog", [key])
+        return key
+
+    def hospital_with_users(self):
+        """A hospital and two of its users."""
+        for organisation in self.column("SELECT ORG_ID FROM BAS_ORG WHERE ORG_TYPE = '4'"
+                                        " AND LAST_OPERATE <> 'D' ORDER BY ORG_ID"):
+            users = self.column("SELECT USER_ID FROM USR_USER WHERE ENABLE_FLAG = '1'"
+                                f" AND ORG_ID = '{organisation}' ORDER BY USER_ID")
+            if len(users) > 1:
+                return organisation, users[:2]
+        return self.skipTest("no hospital has two users")
+
+    def test_a_drug_stores_name_is_its_organisations_only_one(self):
+        organisation, _ = self.hospital_with_users()
+        name = uuid.uuid4().hex[:10]
+        key = self.drug_store(organisation, name)
+        self.assertEqual(self.save_drug_store(organisation, f" {name} ")[0], "-1")
+        self.assertEqual(self.save_drug_store(organisation, name, key["CATALOG_ID"])[0], "1")
+        for wrong in ("", "   ", name + "1"):
+            with self.subTest(name=wrong):
+                self.assertEqual(self.save_drug_store(organisation, wrong)[0], "0")
+        maker = self.column("SELECT ORG_ID FROM BAS_ORG WHERE ORG_TYPE = '1'")[0]
+        self.assertEqual(self.save_drug_store(maker, name)[0], "0")
+        self.assertEqual(self.save_drug_store(maker, name, key["CATALOG_ID"])[0], "0")
+
+    def test_a_list_of_users_replaces_those_of_the_drug_store(self):
+        self.only_on_sample_data()
+        organisation, users = self.hospital_with_users()
+        key = self.drug_store(organisation, uuid.uuid4().hex[:10])
+        stored = ("SELECT USER_ID, RELATION_FLAG FROM TRA_USER_BUY_CATALOG WHERE LAST_OPERATE <> 'D'"
+                  f" AND CATALOG_ID = '{key['CATALOG_ID']}' ORDER BY USER_ID")
+
+        def assign(*pairs):
+            return self.codes(ADMIN + "TraBuyCatalog", "insertUpdateTraUserBuyCatalog",
+                              [{"USER_ID": user, "RELATION_FLAG": flag, **key}
+                               for user, flag in pairs])
+
+        self.assertEqual(assign((users[0], "1"), (users[1], "")), ["1", "1"])
+        self.assertEqual(self.peer.query(stored).rows, [[users[0], "1"], [users[1], "0"]])
+        stranger = self.column("SELECT USER_ID FROM USR_USER WHERE ENABLE_FLAG = '1'"
+                               f" AND ORG_ID <> '{organisation}'")[0]
+        self.assertEqual(assign((users[0], "0"), (stranger, "1")), ["0", "0"])
+        self.assertEqual(assign((users[1], "1")), ["1"])
+        self.assertEqual(self.peer.query(stored).rows, [[users[1], "1"]])
+        for _ in range(2):
+            self.assertEqual(self.codes(ADMIN + "TraBuyCatalog", "deleteTraUserBuyCatalog", [key]),
+                             ["1"])
+        self.assertEqual(self.peer.query(stored).rows, [])
+        self.assertEqual(assign((users[0], "1")), ["1"])
+        for _ in range(2):
+            self.assertEqual(self.codes(ADMIN + "TraBuyCatalog", "deleteBuyCatalog", [key]), ["1"])
+        self.assertEqual(self.peer.query(stored).rows, [])
+        self.assertEqual(assign((users[0], "1")), ["0"])  # it is gone
+
     # Rules of organisations
 
     def test_a_superior_is_read_under_the_other_code(self):

@@ -32,7 +32,7 @@ private slots:
         row("groups of 10 digits", "UNI_UNION" + live + " AND LENGTH(UNION_CODE) = 10", 10);
         row("memberships", "UNI_ORG" + live, 4000);
         row("products", "BAS_PRODUCT" + live, 5000);
-        row("users", "USR_USER" + live, 800);
+        row("users", "USR_USER" + live, 3198);
     }
     void HoldsSoMany()
     {
@@ -215,9 +215,9 @@ private slots:
     void NextKeysAreFree_data()
     {
         QTest::addColumn<QByteArray>("key");
-        for (const char *key :
-             {"REGION_ID", "ORG_ID", "UNION_ID", "ORG_TYPE_ID", "PRODUCT_ID", "USER_ID", "LOG_ID",
-              "PRICE_TYPE_ID", "PRICE_ID", "ORD_ID", "ORD_ITEM_ID", "SEND_ID", "RETURN_ID", "ID"})
+        for (const char *key : {"REGION_ID", "ORG_ID", "UNION_ID", "ORG_TYPE_ID", "PRODUCT_ID",
+                                "USER_ID", "LOG_ID", "PRICE_TYPE_ID", "PRICE_ID", "ORD_ID",
+                                "ORD_ITEM_ID", "SEND_ID", "RETURN_ID", "ID", "CATALOG_ID"})
             QTest::newRow(key) << QByteArray(key);
     }
     void NextKeysAreFree()
@@ -235,7 +235,8 @@ private slots:
                                                           {"ORD_ITEM_ID", "TRA_ORDER_ITEM"},
                                                           {"SEND_ID", "TRA_SEND"},
                                                           {"RETURN_ID", "TRA_RETURN"},
-                                                          {"ID", "SYS_AFFICHE"}};
+                                                          {"ID", "SYS_AFFICHE"},
+                                                          {"CATALOG_ID", "TRA_BUY_CATALOG"}};
         QFETCH(QByteArray, key);
         const QByteArray table = tables.value(key);
         QCOMPARE(data_->Number("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = '" + table + '\''),
