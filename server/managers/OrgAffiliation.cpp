@@ -127,9 +127,12 @@ Wire::ResultRow InsertUpdateAffiliation(PostContext &post, const PostedRow &row)
     if (!IsLiveOrganisation(connection, place.orgId) || !CodeFits(connection, place) ||
         row[u"TREE_LEVEL"_s] != LevelOfCode(place.code))
         return {Failed, {}};
+    const bool isRecoded = old && old->code != place.code;
     const QStringList children =
         old ? ChildIds(connection, old->orgId, /*hidden=*/false) : QStringList();
-    if (old && ((!children.isEmpty() && old->code != place.code) ||
+    const QStringList hidden =
+        isRecoded ? ChildIds(connection, old->orgId, /*hidden=*/true) : QStringList();
+    if (old && ((isRecoded && children.size() > hidden.size()) ||
                 IsAtOrAbove(connection, old->id, place.parentOrgId)))
         return {Failed, {}};
 
@@ -144,7 +147,10 @@ Wire::ResultRow InsertUpdateAffiliation(PostContext &post, const PostedRow &row)
         place.id = NewKey(connection, Affiliation, u"ID"_s);
     if (isNew || *old != place)
         StorePlace(post, place, isNew);
-    if (old && old->orgId != place.orgId) {
+    // Nobody sees them: with another code above them they would keep codes that look free.
+    for (const QString &child : hidden)
+        Remove(post, child);
+    if (old && !isRecoded && old->orgId != place.orgId) {
         for (const QString &child : children)
             HangBelow(post, child, place.orgId);
     }

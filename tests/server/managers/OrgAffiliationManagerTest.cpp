@@ -252,6 +252,15 @@ private slots:
         QCOMPARE(site.Logged(), 0);
     }
 
+    void ChildOfADeletedOrganisationHoldsNoCode()
+    {
+        Site site;
+        site.DeleteOrganisation("200003"); // the only one below 200002, and no longer shown
+        QCOMPARE(site.Store(Place(u"2"_s, u"200006"_s, u"200001"_s, u"000177"_s, u"2"_s)), u"1"_s);
+        QCOMPARE(site.Tree(), QStringList({Before[0], Before[3], u"2 200006 200001 000177"_s}));
+        QCOMPARE(site.Log(), QStringList({Logged(u"2"_s, u"2"_s), Logged(u"3"_s, u"5"_s)}));
+    }
+
     void PlaceMovesBelowAnotherSuperior()
     {
         Site site;
