@@ -59,6 +59,13 @@ void SetChosen(QRadioButton &button, bool chosen)
     button.setAutoExclusive(true);
 }
 
+/// A minus that no digit follows is no number: as good as an empty field.
+QString DaysIn(const QLineEdit &edit)
+{
+    const QString days = edit.text().trimmed();
+    return days == u"-" ? QString() : days;
+}
+
 QString Flag(bool isOn)
 {
     return isOn ? u"1"_s : u"0"_s;
@@ -181,7 +188,7 @@ void TFrmOrgRuleSet::ORG_DDYXQClick()
 {
     const bool isOn = ui_->ORG_DDYXQ->isChecked();
     SetEnabledByRule(ui_->ORG_DDYXQ_TS, isOn);
-    if (isOn && ui_->ORG_DDYXQ_TS->text().trimmed().isEmpty())
+    if (isOn && DaysIn(*ui_->ORG_DDYXQ_TS).isEmpty())
         ui_->ORG_DDYXQ_TS->setText(DefaultDays.toString());
 }
 
@@ -248,7 +255,7 @@ void TFrmOrgRuleSet::ActSaveExecute()
 bool TFrmOrgRuleSet::CanSave()
 {
     QString problem;
-    if (ui_->ORG_DDYXQ->isChecked() && ui_->ORG_DDYXQ_TS->text().trimmed().toInt() < 0)
+    if (ui_->ORG_DDYXQ->isChecked() && DaysIn(*ui_->ORG_DDYXQ_TS).toInt() < 0)
         problem = u"订单有效期天数不能小于零！"_s;
     else if (ui_->ORG_SJJGSH->isChecked() && ui_->ORG_SJJGSH_ID->ChosenValue().isEmpty())
         problem = u"上级审核机构不能为空！"_s;
@@ -266,8 +273,7 @@ QList<Wire::NamedValues> TFrmOrgRuleSet::PostedRules() const
             {u"ORG_SJJGSH_ID"_s, u"上级审核机构ID"_s, ui_->ORG_SJJGSH_ID->ChosenValue(), u"S"_s});
     rules.append(
         {u"ORG_DDYXQ"_s, ui_->ORG_DDYXQ->text(), Flag(ui_->ORG_DDYXQ->isChecked()), u"B"_s});
-    rules.append(
-        {u"ORG_DDYXQ_TS"_s, ui_->lbDDYXQ_TS->text(), ui_->ORG_DDYXQ_TS->text().trimmed(), u"S"_s});
+    rules.append({u"ORG_DDYXQ_TS"_s, ui_->lbDDYXQ_TS->text(), DaysIn(*ui_->ORG_DDYXQ_TS), u"S"_s});
     rules.append(
         {u"ORG_HPTX"_s, ui_->GRP_HPTX->title(), Flag(ui_->rbHPTXAdd->isChecked()), u"B"_s});
 

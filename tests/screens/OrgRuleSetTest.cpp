@@ -579,6 +579,19 @@ private slots:
                  QStringList({u"ORG_DDYXQ=0"_s, u"ORG_DDYXQ_TS=-1"_s}));
     }
 
+    void MinusAloneIsAsGoodAsNoDays()
+    {
+        Screen screen;
+        screen.OnSave().Code(u"1"_s);
+        screen.Load();
+        Type(&screen.Days(), u"-"_s);
+        screen.Tick(screen.Validity());
+        screen.Save();
+        QCOMPARE(screen.PostedValues().value(3), u"ORG_DDYXQ_TS="_s);
+        screen.Tick(screen.Validity());
+        QCOMPARE(screen.Days().text(), u"6"_s);
+    }
+
     void ZeroDaysArePossible()
     {
         Screen screen;
