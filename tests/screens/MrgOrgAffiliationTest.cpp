@@ -199,12 +199,16 @@ private slots:
     void FailedQueryLeavesTheQueryUsable()
     {
         Screen screen;
+        screen.Query();
         screen.server.ClearScripts();
         screen.server.OnQuery(u"BAS_ORG_AFFILIATION"_s)
             .Error(500, u"server.error"_s, u"数据库不可用"_s, u"R1"_s);
         screen.Query();
+        QVERIFY(screen.hook.Boxes().last().text.contains(u"数据库不可用"_s));
         QVERIFY(screen.Enabled(u"ActionQuery"_s));
         QCOMPARE(screen.Count(), u"共有：0条记录。"_s);
+        for (const QString &action : RowActions)
+            QVERIFY2(!screen.Enabled(action), qPrintable(action));
     }
 
     void OnlyANodeWithoutChildrenCanBeDeleted()
@@ -277,7 +281,7 @@ private slots:
             Type(dialog, u"edTREE_CODE"_s, u"44"_s);
             Click(dialog, u"BtnSave"_s);
         });
-        QCOMPARE(screen.server.LastPost().Value(u"ID"_s), u"97"_s);
+        QCOMPARE(RowTexts(screen.server.LastPost().rows), QStringList{Expected(u"place.again"_s)});
         QCOMPARE(screen.List().FieldText(u"TREE_CODE"), u"000144"_s);
     }
 
