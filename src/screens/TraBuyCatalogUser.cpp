@@ -98,7 +98,10 @@ void TFrmTraBuyCatalogUser::FormShow()
 {
     ui_->lbRoleName->setText(u"当前药库："_s + catalog_.catalogName);
     ui_->GridMasterView->setFocus();
+    // A list that could not be read looks like an empty one; submitted, it would remove everybody.
+    SetEnabledByRule(ui_->ActionUpdate, false);
     QueryAll(BuyCatalogUserSql::Assigned(catalog_), cdsMaster, TQueryType::List);
+    SetEnabledByRule(ui_->ActionUpdate, true);
     QueryAll(BuyCatalogUserSql::Unassigned(catalog_), cdsSlave, TQueryType::List);
 }
 

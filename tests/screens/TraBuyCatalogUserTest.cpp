@@ -282,6 +282,20 @@ private slots:
         QCOMPARE(dialog.Listed(), u"72/801=1"_s);
     }
 
+    void AnAssignedListThatCouldNotBeReadCannotBeSubmittedAsAnEmptyOne()
+    {
+        ScreenFixture fixture;
+        ClientDataSet listed;
+        fixture.server.OnAnyQuery().Error(500, u"sql.failed"_s, u"坏了"_s, u"R1"_s);
+        fixture.hook.SetAnswer([](const TMessageBox &) { return TBoxButton::Yes; });
+        TFrmTraBuyCatalogUser form(nullptr, listed, WesternDrugs);
+        ShowScreen(form);
+        QVERIFY(!Child<DataGrid>(&form, u"GridMasterView"_s)->DataSet()->IsActive());
+        QVERIFY(!ActionEnabled(&form, u"ActionUpdate"_s));
+        Child<QAction>(&form, u"ActionUpdate"_s)->trigger();
+        QVERIFY(fixture.server.Posts().isEmpty());
+    }
+
     void TheOpenersListIsBroughtInStep()
     {
         Dialog dialog;
