@@ -114,6 +114,8 @@ TFrmTraBuyCatalog::TFrmTraBuyCatalog(QWidget *owner)
     Handle(catalogView, &GridLevel::RowActivated, [this] { ui_->ActionEditCatalog->trigger(); });
     Handle(userView, &GridLevel::RowActivated, [this] { ui_->ActionCatalogUser->trigger(); });
     Handle(userView, &GridLevel::RowDoubleClicked, [this] { ui_->ActionCatalogUser->trigger(); });
+    Handle(catalogView, &GridLevel::RowDoubleClicked,
+           &TFrmTraBuyCatalog::GridCatalogViewRowDoubleClicked);
     HandleKey(ui_->edOrg, Qt::Key_Return, [this] { ui_->ActionQuery->trigger(); });
 }
 
@@ -196,6 +198,13 @@ void TFrmTraBuyCatalog::GridCatalogViewRowFocused()
 {
     if (ui_->ActionQuery->isEnabled())
         EnableCatalogActions(true);
+}
+
+/// A drug store without users has no user row to set its first ones from, nor anything to expand.
+void TFrmTraBuyCatalog::GridCatalogViewRowDoubleClicked()
+{
+    if (!ui_->Grid->Level(u"GridCatalogView")->HasDetails(cdsCatalog.RecNo()))
+        ui_->ActionCatalogUser->trigger();
 }
 
 // --- Drug stores ---------------------------------------------------------------------------------

@@ -41,6 +41,7 @@ private:
     void ActionCatalogUserExecute();
     void GridOrgViewRowFocused();
     void GridCatalogViewRowFocused();
+    void GridCatalogViewRowDoubleClicked();
 
     void LoadPage();
     void ShowFirstRow();

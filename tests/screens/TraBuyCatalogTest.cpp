@@ -467,6 +467,34 @@ private slots:
         QVERIFY(screen.server.LastQuery().sql.contains(u"BUY_ORGID = '503'"_s));
     }
 
+    void ADoubleClickOnADrugStoreWithoutUsersOpensItsUsersAndOneWithUsersExpands()
+    {
+        Screen screen;
+        screen.server.OnQuery(u"SELECT B.USER_ID"_s)
+            .Answer(Rows(
+                {u"USER_ID"_s, u"USER_CODE"_s, u"USER_NAME"_s, u"ORG_NAME"_s, u"RELATION_FLAG"_s},
+                {}));
+        screen.Query();
+        QStringList labels;
+        const auto doubleClick = [&](int recNo) {
+            screen.CatalogView().FocusRow(recNo);
+            const QPoint at = screen.Grid().visualRect(screen.Grid().currentIndex()).center();
+            QTest::mouseClick(screen.Grid().viewport(), Qt::LeftButton, {}, at);
+            QTest::mouseDClick(screen.Grid().viewport(), Qt::LeftButton, {}, at);
+        };
+        doubleClick(0);
+        QVERIFY(screen.CatalogView().IsExpanded(0));
+        QCOMPARE(screen.server.Queries().size(), 3); // the page's, no dialog's
+        ModalVisitor visitor([&](QWidget *window) {
+            labels << Child<QLabel>(window, u"lbRoleName"_s)->text();
+            window->close();
+        });
+        doubleClick(2);
+        QCOMPARE(labels, QStringList{u"当前药库：中药库"_s});
+        QVERIFY(screen.server.LastQuery().sql.contains(u"CATALOG_ID = '73'"_s));
+        QVERIFY(screen.server.LastQuery().sql.contains(u"BUY_ORGID = '501'"_s));
+    }
+
     void EnterOnADrugStoreWhileModifyIsDisabledDoesNothing()
     {
         Screen screen;
