@@ -53,17 +53,15 @@ QStringList ChildIds(Store::Connection &connection, const QString &orgId, bool h
     return ids;
 }
 
-/// Whether the row with this id is the organisation's own or one above it.
-bool IsAtOrAbove(Store::Connection &connection, const QString &id, const QString &orgId)
+/// Whether the organisation is the superior or above it. It need not stand in the tree: a place may
+/// be left below an organisation that has none.
+bool IsAtOrAbove(Store::Connection &connection, const QString &orgId, const QString &superiorId)
 {
-    return connection.Exists(
-        "WITH RECURSIVE ABOVE (ID, PARENT_ORGID) AS ("
-        " SELECT ID, PARENT_ORGID FROM BAS_ORG_AFFILIATION"
-        " WHERE ORG_ID = ?2 AND ENABLE_FLAG <> 'D'"
-        " UNION SELECT A.ID, A.PARENT_ORGID FROM BAS_ORG_AFFILIATION A"
-        " JOIN ABOVE B ON A.ORG_ID = B.PARENT_ORGID WHERE A.ENABLE_FLAG <> 'D')"
-        " SELECT 1 FROM ABOVE WHERE ID = ?1",
-        {id, orgId});
+    return connection.Exists("WITH RECURSIVE ABOVE (ORG_ID) AS (SELECT ?2"
+                             " UNION SELECT A.PARENT_ORGID FROM BAS_ORG_AFFILIATION A"
+                             " JOIN ABOVE B ON A.ORG_ID = B.ORG_ID WHERE A.ENABLE_FLAG <> 'D')"
+                             " SELECT 1 FROM ABOVE WHERE ORG_ID = ?1",
+                             {orgId, superiorId});
 }
 
 /// The code and the superior belong together, and the superior is one that the tree shows.
@@ -133,12 +131,14 @@ Wire::ResultRow InsertUpdateAffiliation(PostContext &post, const PostedRow &row)
     const QStringList hidden =
         isRecoded ? ChildIds(connection, old->orgId, /*hidden=*/true) : QStringList();
     if (old && ((isRecoded && children.size() > hidden.size()) ||
-                IsAtOrAbove(connection, old->id, place.parentOrgId)))
+                IsAtOrAbove(connection, old->orgId, place.parentOrgId)))
         return {Failed, {}};
 
     const auto ofOrganisation = FindLive(connection, "ORG_ID", place.orgId);
     if (ofOrganisation && ofOrganisation->id != place.id)
         return {SecondRefusal, {}};
+    if (IsAtOrAbove(connection, place.orgId, place.parentOrgId))
+        return {Failed, {}};
     const auto ofCode = FindLive(connection, "TREE_CODE", place.code);
     if (ofCode && ofCode->id != place.id)
         return {FirstRefusal, {}};

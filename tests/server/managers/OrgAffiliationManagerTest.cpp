@@ -287,6 +287,22 @@ private slots:
         QCOMPARE(site.Logged(), 0);
     }
 
+    /// 200002 was deleted and lost its place with its superior; 200003 was left below it.
+    void OrganisationThatIsBackDoesNotComeBelowItsSubordinate()
+    {
+        Site site;
+        site.DeleteOrganisation("200002");
+        QCOMPARE(site.Remove(u"200004"_s), u"1"_s);
+        QCOMPARE(site.Remove(u"200001"_s), u"1"_s);
+        QCOMPARE(site.Tree(), QStringList{Before[2]});
+        site.Connection().Execute("UPDATE BAS_ORG SET LAST_OPERATE = '1' WHERE ORG_ID = '200002'");
+        const QString code = u"0001010101"_s;
+        QCOMPARE(site.Store(Place({}, u"200002"_s, u"200003"_s, code, u"4"_s)), u"0"_s);
+        QCOMPARE(site.Store(Place({}, u"200006"_s, u"200003"_s, code, u"4"_s)), u"1"_s);
+        QCOMPARE(site.Store(Place(u"6"_s, u"200002"_s, u"200003"_s, code, u"4"_s)), u"0"_s);
+        QCOMPARE(site.Tree(), QStringList({Before[2], u"6 200006 200003 0001010101"_s}));
+    }
+
     void ExchangedOrganisationTakesItsChildrenAlong()
     {
         Site site;
