@@ -160,11 +160,9 @@ void TFrmPrcUniPrice::cxUniOrgChange()
     ui_->PageGuide1->SetRecordCount(0);
     cdsPriceType.Close();
     cdsPriceTypeSet.Close();
-    if (ui_->cxUniOrg->currentIndex() >= 0) {
-        LoadPriceTypes();
-        BuildPriceTypeTable(cdsPriceType, cdsPriceTypeSet);
-    }
     ShowPriceColumns();
+    if (ui_->cxUniOrg->currentIndex() >= 0)
+        ReadPriceTypes();
 }
 
 // --- Product prices ------------------------------------------------------------------------------
@@ -175,6 +173,8 @@ void TFrmPrcUniPrice::BtnQueryClick()
         return InfoBox(u"请选择集团！"_s, u"提示"_s);
     if (ui_->cxUniOrg->currentIndex() < 0)
         return InfoBox(u"请选择报价企业！"_s, u"提示"_s);
+    if (!cdsPriceType.IsActive())
+        ReadPriceTypes(); // which failed before: nothing is known of this seller's types
     if (cdsPriceType.IsEmpty()) {
         InfoBox(u"企业价格类型未维护，请到价格类型维护页面先维护！"_s, u"提示"_s);
         ui_->cxPageControl2->setCurrentWidget(ui_->cxTabSheet3);
@@ -246,9 +246,11 @@ bool TFrmPrcUniPrice::MayLeave()
 
 // --- Price types ---------------------------------------------------------------------------------
 
-void TFrmPrcUniPrice::LoadPriceTypes()
+void TFrmPrcUniPrice::ReadPriceTypes()
 {
     QueryAll(PrcUniPriceSql::PriceTypes(quote_), cdsPriceType, TQueryType::List);
+    BuildPriceTypeTable(cdsPriceType, cdsPriceTypeSet);
+    ShowPriceColumns();
 }
 
 /// A slot's price has its column while its type is switched on.
@@ -273,9 +275,7 @@ void TFrmPrcUniPrice::cxButton1Click()
         const DisableWhile running(ui_->cxButton1);
         if (PostRows(Manager(), u"insertUpdatePrcUniPriceType"_s, rows) != u"1")
             return InfoBox(u"保存失败！"_s, u"提示"_s);
-        LoadPriceTypes();
-        ShowPriceColumns();
-        BuildPriceTypeTable(cdsPriceType, cdsPriceTypeSet);
+        ReadPriceTypes();
         ui_->GridUniOrg->SetValueList(u"PRICE_TYPE_ID", PriceTypeChoices(cdsPriceType));
     }
     InfoBox(u"保存成功！"_s, u"提示"_s);

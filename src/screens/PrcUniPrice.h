@@ -44,7 +44,7 @@ private:
     bool MayLeave();
 
     // --- Price types ---------------------------------------------------------------------------
-    void LoadPriceTypes();
+    void ReadPriceTypes();
     void ShowPriceColumns();
     void cxButton1Click();
     void btnOrgQueryClick();

@@ -444,9 +444,34 @@ private slots:
         screen.Select(u"cxUniOrg"_s, u"502"_s);
         QCOMPARE(screen.hook.Boxes().size(), 1);
         QVERIFY(!screen.Types().DataSet()->IsActive());
+        QCOMPARE(screen.ShownPriceColumns(), QStringList());
         screen.ShowTypes();
         Click(screen.form, u"cxButton1"_s);
         QVERIFY(screen.server.Posts().isEmpty());
+    }
+
+    void PriceTypesThatCouldNotBeReadAreReadByTheNextQuery()
+    {
+        PriceScreen screen;
+        screen.Select(u"cxUniOrg"_s, u"502"_s);
+        screen.server.ClearScripts();
+        screen.server.OnAnyQuery().DatabaseDown().Times(2);
+        screen.server.OnQueryExact(Expected(u"prices.types"_s))
+            .Answer(PriceTypes({u"31 01 一级价 1"_s}));
+        screen.server.OnQuery(u" SELECT A.PRODUCT_SERIAL, "_s).Answer(PricedProducts(), 120);
+        screen.Select(u"cxUniOrg"_s, u"501"_s);
+        screen.Query(); // fails, too, and does not say that there are no types
+        QCOMPARE(screen.hook.Boxes().size(), 2);
+        QVERIFY(!screen.Boxes().contains(NoTypes));
+        QCOMPARE(screen.Tab(), 0);
+        screen.server.ClearRecords();
+        screen.Query();
+        QCOMPARE(screen.hook.Boxes().size(), 2);
+        QCOMPARE(screen.server.Statements(),
+                 QStringList({Expected(u"prices.types"_s), Expected(u"prices.products.all"_s)}));
+        QCOMPARE(screen.ShownPriceColumns(), QStringList{u"PRICE_01 一级价"_s});
+        QCOMPARE(screen.Types().DataSet()->TextAt(0, u"PRICE_TYPE_ID"), u"31"_s);
+        QCOMPARE(screen.Products().DataSet()->RecordCount(), 3);
     }
 
     // --- The product list ----------------------------------------------------------------------

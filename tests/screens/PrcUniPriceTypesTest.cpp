@@ -162,6 +162,27 @@ private slots:
         QCOMPARE(screen.Boxes(), QStringList{TypesStored});
     }
 
+    void StoredTypesThatCouldNotBeReadAgainAreReadByTheNextQuery()
+    {
+        PriceScreen screen;
+        screen.ShowTypes();
+        Name(screen, 1, u"二级价"_s);
+        screen.server.ClearScripts();
+        screen.AnswerPost(u"insertUpdatePrcUniPriceType"_s, u"1"_s);
+        screen.server.OnAnyQuery().DatabaseDown().Times(1);
+        screen.server.OnQueryExact(Expected(u"prices.types"_s))
+            .Answer(PriceTypes({u"32 02 二级价 1"_s}));
+        screen.server.OnQuery(u" SELECT A.PRODUCT_SERIAL, "_s).Answer(PricedProducts(), 120);
+        SaveTypes(screen);
+        QCOMPARE(screen.hook.Boxes().size(), 1);
+        QVERIFY(!screen.Boxes().contains(TypesStored));
+        Click(screen.form, u"cxButton2"_s);
+        screen.Query();
+        QCOMPARE(screen.hook.Boxes().size(), 1);
+        QCOMPARE(screen.Types().DataSet()->TextAt(1, u"PRICE_TYPE_ID"), u"32"_s);
+        QCOMPARE(screen.ShownPriceColumns(), QStringList{u"PRICE_02 二级价"_s});
+    }
+
     void RefusedTypesStayAsTheyWereTyped_data() { Refusals(); }
     void RefusedTypesStayAsTheyWereTyped()
     {
