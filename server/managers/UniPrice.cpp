@@ -182,11 +182,18 @@ bool IsSlotTaken(Store::Connection &connection, const QStringList &contents, con
                              {contents[0], contents[1], contents[2], id});
 }
 
+/// Only buyers count that an operator can take the type from: what a former member had is in no
+/// list, and once the type is gone it means nothing.
 bool IsAssigned(Store::Connection &connection, const QString &typeId)
 {
-    return connection.Exists("SELECT 1 FROM PRC_UNI_PRICE_ORG WHERE PRICE_TYPE_ID = ?1"
-                             " AND LAST_OPERATE <> 'D'",
-                             {typeId});
+    return connection.Exists(
+        "SELECT 1 FROM PRC_UNI_PRICE_ORG P, UNI_ORG M, UNI_ORG_TYPE T, BAS_ORG O"
+        " WHERE P.PRICE_TYPE_ID = ?1 AND M.UNION_ID = P.UNION_ID"
+        " AND M.ORG_ID = P.BUY_ORGID AND T.ORG_TYPE_ID = M.ORG_TYPE_ID"
+        " AND O.ORG_ID = M.ORG_ID AND P.LAST_OPERATE <> 'D'"
+        " AND M.LAST_OPERATE <> 'D' AND T.LAST_OPERATE <> 'D'"
+        " AND O.LAST_OPERATE <> 'D' AND T.BUYER_FLAG = '1'",
+        {typeId});
 }
 
 /// Adds a price type (empty PRICE_TYPE_ID), changes it or, with LAST_OPERATE "D", deletes it;

@@ -222,6 +222,22 @@ private slots:
                  u"1"_s);
     }
 
+    void TypeOfAFormerMemberIsDeletedAndDoesNotComeBackWithTheMember()
+    {
+        Site site;
+        site.Connection().Run("UPDATE UNI_ORG SET LAST_OPERATE = 'D'"
+                              " WHERE UNION_ID = '300002' AND ORG_ID = '200007'");
+        QCOMPARE(site.Codes(Manager, SaveTypes, {Type(u"91"_s, u"删除"_s, u"01"_s, u"D"_s)}),
+                 u"1"_s);
+        site.Connection().Run("UPDATE UNI_ORG SET LAST_OPERATE = '1'"
+                              " WHERE UNION_ID = '300002' AND ORG_ID = '200007'");
+        QCOMPARE(site.Codes(Manager, SaveTypes, {Type({}, u"新一级"_s, u"01"_s)}), u"1"_s);
+        QCOMPARE(site.Number("SELECT count(*) FROM PRC_UNI_PRICE_ORG O, PRC_UNI_PRICE_TYPE T"
+                             " WHERE T.PRICE_TYPE_ID = O.PRICE_TYPE_ID AND O.BUY_ORGID = '200007'"
+                             " AND T.LAST_OPERATE <> 'D'"),
+                 0);
+    }
+
     void TypeAnswersItsKey()
     {
         Site site;
