@@ -164,8 +164,11 @@ WireBody TSoapCtrl::Run(const RemoteCall &call)
         Exchange exchange(Network(), call.request);
         if (!Wait(exchange, box))
             throw call.Cancelled();
-        if (exchange.Result() == Exchange::Outcome::Broken && mayRepeat)
+        if (exchange.Result() == Exchange::Outcome::Broken && mayRepeat) {
+            // Over a connection of its own: one that is about to notice its end must not have it.
+            Network().clearConnectionCache();
             continue; // a query may be repeated, and a post has its key
+        }
         const std::optional<Wire::Format> format = exchange.BodyFormat();
         if (exchange.Result() != Exchange::Outcome::Answered || exchange.Status() != 200 || !format)
             throw call.Failed(exchange);

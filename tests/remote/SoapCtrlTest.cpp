@@ -310,8 +310,10 @@ private slots:
         server_->OnAnyQuery().Answer(Rows({u"A"_s}, {{u"x"_s}}));
         QVERIFY(!RaisedByQuery());
         server_->DropConnections();
-        QVERIFY(!RaisedByQuery());
-        QCOMPARE(server_->Connections(), 2);
+        const auto error = RaisedByQuery();
+        QVERIFY2(!error, error ? error->what() : "");
+        QCOMPARE(server_->Queries().size(), 2); // asked once more, on whatever connection
+        QVERIFY(server_->Connections() >= 2);   // one more may have been tried in vain
     }
 
     void RepeatsAQueryOnceAfterABrokenConnection()
