@@ -2,6 +2,7 @@
 
 #include "store/Schema.h"
 
+#include <QCryptographicHash>
 #include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
@@ -33,6 +34,14 @@ constexpr qsizetype KeptTextBytes = 16 << 10;
 
 } // namespace
 
+QByteArray StatementHash(const QString &oracleText)
+{
+    constexpr qsizetype shownDigits = 16;
+    return QCryptographicHash::hash(oracleText.toUtf8(), QCryptographicHash::Sha256)
+        .toHex()
+        .left(shownDigits);
+}
+
 QueryRunner::QueryRunner(Connection &connection, const QueryLimits &limits)
     : connection_(connection)
     , limits_(limits)
@@ -41,6 +50,7 @@ QueryRunner::QueryRunner(Connection &connection, const QueryLimits &limits)
 
 QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize)
 {
+    lastTables_.clear();
     const QByteArray text = oracleText.toUtf8();
     const auto compile = [&] {
         return Sql::Compile(text, SchemaCatalog(), connection_.CurrentDialect());
@@ -48,7 +58,7 @@ QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize)
     std::optional<Sql::CompiledQuery> once;
     const Sql::CompiledQuery &query =
         text.size() > KeptTextBytes ? once.emplace(compile()) : compiled_.Get(text, compile);
-
+    lastTables_ = query.tables;
     try {
         return Run(query, page, pageSize);
     } catch (const EStoreError &error) {

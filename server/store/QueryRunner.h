@@ -5,6 +5,10 @@
 #include "store/LruCache.h"
 
 #include <QByteArray>
+#include <QString>
+
+#include <string>
+#include <vector>
 
 namespace Qel::Store {
 
@@ -29,6 +33,10 @@ struct QueryResult
     QByteArray block; ///< as RowSet::Load reads it, with the total
 };
 
+/// What a log calls a statement by: the first 16 hexadecimal digits of the SHA-256 of its text as
+/// the client sent it, in UTF-8. The same text, the same name; literals in it stay secret.
+QByteArray StatementHash(const QString &oracleText);
+
 /// Runs the SELECT texts of clients on one connection. Keeps the last texts compiled and their
 /// statements prepared, because screens send the same few texts again and again.
 class QueryRunner
@@ -40,6 +48,10 @@ public:
     /// EQueryTooLarge, EStoreError.
     QueryResult Run(const QString &oracleText, int page, int pageSize);
 
+    /// The tables that the last Run read, or was about to read when it failed; upper case, each
+    /// once. Empty if the statement was refused before.
+    const std::vector<std::string> &LastTables() const { return lastTables_; }
+
 private:
     QueryResult Run(const Sql::CompiledQuery &query, int page, int pageSize);
     Statement &Prepared(const std::string &sql);
@@ -48,6 +60,7 @@ private:
 
     Connection &connection_;
     QueryLimits limits_;
+    std::vector<std::string> lastTables_;
     LruCache<QByteArray, Sql::CompiledQuery> compiled_{64};
     LruCache<std::string, std::unique_ptr<Statement>> prepared_{64};
 };

@@ -177,6 +177,33 @@ private slots:
         data.Connection().Execute("DELETE FROM BAS_ORG WHERE ORG_ID = '200008'");
         QCOMPARE(runner.Run(sql, 0, 0).count, 7);
     }
+
+    void NamesAStatementByTheHashOfItsText()
+    {
+        // echo -n "SELECT '药' FROM BAS_ORG" | sha256sum
+        QCOMPARE(Store::StatementHash(u"SELECT '药' FROM BAS_ORG"_s),
+                 QByteArray("a72841bf81060bea"));
+        QVERIFY(Store::StatementHash(u"select '药' from bas_org"_s) !=
+                Store::StatementHash(u"SELECT '药' FROM BAS_ORG"_s));
+    }
+
+    void SaysWhichTablesItRead()
+    {
+        using Tables = std::vector<std::string>;
+        TestDatabase data;
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {.rows = 5});
+        runner.Run(u"SELECT A.ORG_ID FROM bas_org A, (SELECT * FROM BAS_REGION) B WHERE"
+                   " A.REGION_ID=B.REGION_ID(+) AND A.ORG_ID IN (SELECT ORG_ID FROM UNI_ORG)"
+                   " AND EXISTS (SELECT 1 FROM BAS_ORG)"_s,
+                   1, 10);
+        QCOMPARE(runner.LastTables(), (Tables{"BAS_ORG", "BAS_REGION", "UNI_ORG"}));
+        QVERIFY_THROWS_EXCEPTION(Sql::ESqlError, runner.Run(u"SELECT 1 FROM SRV_TOKEN"_s, 0, 0));
+        QCOMPARE(runner.LastTables(), Tables{});
+        QVERIFY_THROWS_EXCEPTION(Store::EQueryTooLarge,
+                                 runner.Run(u"SELECT * FROM BAS_ORG"_s, 0, 0));
+        QCOMPARE(runner.LastTables(), Tables{"BAS_ORG"});
+    }
 };
 
 QTEST_GUILESS_MAIN(QueryRunnerTest)
