@@ -91,19 +91,26 @@ bool Connection::Exists(QByteArrayView sql, const Values &values)
 Transaction::Transaction(Connection &connection)
     : connection_(connection)
 {
-    connection_.Execute(connection_.CurrentDialect() == Dialect::Sqlite ? "BEGIN IMMEDIATE"
-                                                                        : "BEGIN");
+    connection_.Execute(connection_.CurrentDialect() == Dialect::Sqlite
+                            ? "BEGIN IMMEDIATE"
+                            : "BEGIN ISOLATION LEVEL SERIALIZABLE");
 }
 
 Transaction::~Transaction()
 {
-    if (open_)
+    if (open_ && !connection_.IsAtRest())
         ExecuteQuietly(connection_, "ROLLBACK");
 }
 
 void Transaction::Commit()
 {
-    connection_.Execute("COMMIT");
+    try {
+        connection_.Execute("COMMIT");
+    } catch (const EStoreError &error) {
+        if (error.WhichKind() != EStoreError::Kind::Lost)
+            throw;
+        throw EStoreError(EStoreError::Kind::InDoubt, error.Message(), error.Reason());
+    }
     open_ = false;
 }
 

@@ -32,6 +32,9 @@ public:
         Stopped,    ///< the connection's StopWhen said so
         TooComplex, ///< nested deeper, or wider, than the database was built for
         BadValue,   ///< a function of the query language refused a value
+        Conflict,   ///< others came in between; the transaction may be run again from its beginning
+        Lost,       ///< the connection broke; what was not committed is undone
+        InDoubt,    ///< it broke while a COMMIT was on its way, which took effect or did not
     };
 
     EStoreError(Kind kind, const QString &message, const QString &reason = {})
@@ -95,6 +98,8 @@ public:
     /// read, but neither change anything nor see the server's own tables ("SRV_...").
     virtual std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) = 0;
     virtual qint64 ChangedRows() const = 0; ///< by the last INSERT, UPDATE or DELETE
+    /// Connected, and in no transaction: fit for somebody else's work.
+    virtual bool IsAtRest() const = 0;
 
     /// Asked now and then while a statement runs; true ends it with Kind::Stopped. Empty: never.
     virtual void StopWhen(std::function<bool()> condition) = 0;
@@ -121,8 +126,10 @@ private:
     LruCache<QByteArray, std::unique_ptr<Statement>> prepared_{128};
 };
 
-/// A write transaction for a scope: rolled back unless Commit was reached. Takes the write lock
-/// at once, so what is read inside cannot change before it is written.
+/// A write transaction for a scope: rolled back unless Commit was reached. All of them, on however
+/// many connections, leave what they would leave one after the other. SQLite has them wait for one
+/// another; elsewhere any statement, COMMIT too, may end in Kind::Conflict. The state that one
+/// reads is that of its first statement.
 class Transaction
 {
 public:

@@ -14,8 +14,10 @@ class Database
 public:
     virtual ~Database() = default;
 
-    /// May change rows. The server keeps one of these.
+    /// May change rows.
     virtual std::unique_ptr<Connection> OpenWriter() = 0;
+    /// How many of those have work to do at the same time; more would only wait for each other.
+    virtual int Writers() const = 0;
     /// Can read and nothing else, whatever text it is given; sees the state of the last commit.
     virtual std::unique_ptr<Connection> OpenReader() = 0;
 

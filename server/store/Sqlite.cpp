@@ -58,6 +58,9 @@ bool IsBuiltInLimit(std::string_view message)
     case SQLITE_CONSTRAINT:
         kind = Kind::Constraint;
         break;
+    case SQLITE_BUSY: // another process kept the file locked
+        kind = Kind::Conflict;
+        break;
     case SQLITE_MISMATCH: // given by the QEL_ functions
         kind = Kind::BadValue;
         break;
@@ -209,6 +212,8 @@ public:
     }
 
     qint64 ChangedRows() const override { return sqlite3_changes64(handle_.get()); }
+
+    bool IsAtRest() const override { return sqlite3_get_autocommit(handle_.get()) != 0; }
 
     void StopWhen(std::function<bool()> condition) override { stop_ = std::move(condition); }
 

@@ -14,6 +14,7 @@ public:
     explicit SqliteDatabase(const QString &path);
 
     std::unique_ptr<Connection> OpenWriter() override;
+    int Writers() const override { return 1; }
     std::unique_ptr<Connection> OpenReader() override;
 
 private:
