@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include "admin/Command.h"
+#include "admin/DatabaseOption.h"
 #include "dataset/QelError.h"
 
 #include <QCommandLineParser>
@@ -9,15 +11,6 @@ using namespace Qt::StringLiterals;
 namespace Qel {
 
 namespace {
-
-int Number(const QCommandLineParser &parser, const QString &option, int least, int most)
-{
-    bool ok = false;
-    const int value = parser.value(option).toInt(&ok);
-    if (!ok || value < least || value > most)
-        throw EQelError(u"--%1 应为 %2 至 %3 的整数。"_s.arg(option).arg(least).arg(most));
-    return value;
-}
 
 /// "127.0.0.1:8480" or "[::1]:8480".
 void ParseListen(const QString &text, Options &options)
@@ -39,12 +32,14 @@ void ParseListen(const QString &text, Options &options)
 Options ParseOptions(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Application server of a pharmaceutical trading platform."_s);
+    parser.setApplicationDescription(
+        u"Application server of a pharmaceutical trading platform. Without a command it serves.\n\n"
+        "Commands, each with a --help of its own:\n  serve                 Serve; may be left out."_s +
+        Admin::CommandHelp());
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOptions({
-        {u"database"_s, u"The database: sqlite:PATH. Without it one that is thrown away."_s,
-         u"url"_s},
+        Admin::DatabaseOption(),
         {u"listen"_s, u"Accept connections at HOST:PORT; port 0 is any free one."_s, u"host:port"_s,
          u"127.0.0.1:8480"_s},
         {u"base-path"_s, u"Path before the servlets' names, such as /platform."_s, u"path"_s},
@@ -65,16 +60,16 @@ Options ParseOptions(const QStringList &arguments)
         throw EQelError(u"多余的参数：%1"_s.arg(parser.positionalArguments().join(u' ')));
 
     Options options;
-    options.database = parser.value(u"database"_s);
+    options.database = Admin::DatabaseUrl(parser);
     ParseListen(parser.value(u"listen"_s), options);
     options.basePath = parser.value(u"base-path"_s);
     options.operatorCode = parser.value(u"operator"_s);
     options.setTokenOf = parser.value(u"set-token"_s);
     options.demo = parser.isSet(u"demo"_s);
     options.exitWithParent = parser.isSet(u"exit-with-parent"_s);
-    options.statementSeconds = Number(parser, u"statement-time"_s, 1, 3600);
-    options.requestSeconds = Number(parser, u"request-time"_s, 1, 3600);
-    options.connectionLimit = Number(parser, u"connections"_s, 1, 100'000);
+    options.statementSeconds = Admin::NumberOption(parser, u"statement-time"_s, 1, 3600);
+    options.requestSeconds = Admin::NumberOption(parser, u"request-time"_s, 1, 3600);
+    options.connectionLimit = Admin::NumberOption(parser, u"connections"_s, 1, 100'000);
     return options;
 }
 

@@ -1,4 +1,5 @@
 #include "Options.h"
+#include "admin/Command.h"
 #include "demo/Demo.h"
 #include "http/HttpServer.h"
 #include "http/Service.h"
@@ -100,7 +101,8 @@ int Run(const Options &options)
     }
     if (!options.operatorCode.isEmpty())
         SetToken(*database, options.operatorCode, qgetenv("QEL_OPERATOR_TOKEN"));
-    qunsetenv("QEL_OPERATOR_TOKEN");
+    for (const char *secret : {"QEL_OPERATOR_TOKEN", "QEL_DATABASE"})
+        qunsetenv(secret);
     return Serve(*database, options);
 }
 
@@ -114,7 +116,10 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(u"qel-server"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(QEL_VERSION));
     try {
-        return Qel::Run(Qel::ParseOptions(QCoreApplication::arguments()));
+        QStringList arguments = QCoreApplication::arguments();
+        if (const auto status = Qel::Admin::RunCommand(arguments))
+            return *status;
+        return Qel::Run(Qel::ParseOptions(arguments));
     } catch (const std::exception &error) {
         std::fprintf(stderr, "qel-server: %s\n", error.what());
         return 1;
