@@ -75,7 +75,8 @@ int Serve(Store::Database &database, const Options &options)
                              .port = options.port,
                              .connectionLimit = options.connectionLimit,
                              .requestTime = std::chrono::seconds(options.requestSeconds),
-                             .readers = std::max(2, processors)},
+                             .readers = std::max(2, processors),
+                             .writers = database.Writers()},
                             service);
     if (options.exitWithParent)
         StopWhenInputCloses(server);

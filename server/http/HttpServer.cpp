@@ -69,7 +69,7 @@ public:
         , signals_(context_, SIGTERM, SIGINT)
         , drain_(context_)
         , readers_(static_cast<std::size_t>(options.readers))
-        , writer_(1)
+        , writers_(static_cast<std::size_t>(options.writers))
     {
         boost::system::error_code error;
         const auto address = asio::ip::make_address(options.host.toStdString(), error);
@@ -97,7 +97,7 @@ public:
         asio::co_spawn(context_, Accept(), asio::detached);
         context_.run();
         readers_.join();
-        writer_.join();
+        writers_.join();
     }
 
     void Stop()
@@ -259,7 +259,7 @@ private:
         } else {
             WatchForHangUp(self);
             response = co_await asio::co_spawn(
-                lane == Lane::Read ? readers_.get_executor() : writer_.get_executor(),
+                lane == Lane::Read ? readers_.get_executor() : writers_.get_executor(),
                 [this, &request]() -> asio::awaitable<Response> {
                     co_return handler_.Handle(request);
                 },
@@ -347,7 +347,7 @@ private:
     Peers answering_; ///< whose request is being answered
     bool stopping_ = false;
     asio::thread_pool readers_; // last: their threads end before what they use does
-    asio::thread_pool writer_;
+    asio::thread_pool writers_;
 };
 
 HttpServer::HttpServer(const ServerOptions &options, Handler &handler)

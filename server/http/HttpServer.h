@@ -21,6 +21,7 @@ struct ServerOptions
     std::chrono::milliseconds idleTime{120'000}; ///< a kept connection without a request
     std::chrono::milliseconds drainTime{10'000}; ///< for running requests when the server stops
     int readers = 4;                             ///< threads of Lane::Read
+    int writers = 1;                             ///< threads of Lane::Write
 };
 
 /// An HTTP/1.1 server: one thread for the network, threads for the handler. A slow or silent

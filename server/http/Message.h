@@ -36,7 +36,7 @@ struct Response
 enum class Lane {
     Inline, ///< the network's own: answered without waiting for anything
     Read,   ///< one of several
-    Write,  ///< the only one, so that writes queue instead of blocking one another
+    Write,  ///< one of as many as the database takes: what is more queues instead of blocking
 };
 
 /// What can be wrong with bytes that never became a request.

@@ -21,10 +21,11 @@ struct CodeStatus
 };
 
 constexpr CodeStatus Statuses[] = {
-    {"auth.refused", 401},    {"auth.required", 401},  {"http.method", 405},
-    {"http.not_found", 404},  {"http.too_large", 413}, {"http.type", 415},
-    {"post.key_reused", 409}, {"post.operator", 403},  {"post.unknown_method", 404},
-    {"query.too_large", 422}, {"server.failure", 500}, {"sql.timeout", 504},
+    {"auth.refused", 401},    {"auth.required", 401},       {"http.method", 405},
+    {"http.not_found", 404},  {"http.too_large", 413},      {"http.type", 415},
+    {"post.key_reused", 409}, {"post.not_done", 503},       {"post.operator", 403},
+    {"post.unknown", 500},    {"post.unknown_method", 404}, {"query.too_large", 422},
+    {"server.failure", 500},  {"sql.timeout", 504},
 };
 
 } // namespace
@@ -48,7 +49,7 @@ Failure Explain(const std::exception_ptr &failure, const QString &reference)
     } catch (const Sql::ESqlError &error) {
         return {QByteArray::fromStdString(error.Code()), error.Message(), {}};
     } catch (const Managers::EPostError &error) {
-        return {error.Code(), error.Message(), {}};
+        return {error.Code(), error.Message(), error.Detail()};
     } catch (const Store::EQueryTooLarge &error) {
         return {"query.too_large", error.Message(), {}};
     } catch (const Store::EStoreError &error) {

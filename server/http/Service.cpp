@@ -51,6 +51,8 @@ public:
     }
     ~ReaderLease()
     {
+        if (!reader_->connection->IsAtRest())
+            return; // it broke
         const std::lock_guard lock(service_.readersLock_);
         service_.readers_.push_back(std::move(reader_));
     }
@@ -115,7 +117,8 @@ void CheckKey(const QByteArray &key)
 Service::Service(Store::Database &database, const ServiceOptions &options)
     : database_(database)
     , options_(options)
-    , writer_(database.OpenWriter())
+    , writers_(database)
+    , sweeper_(writers_)
 {
 }
 
@@ -233,15 +236,16 @@ Response Service::Query(const Request &request, LogEntry &log)
 Response Service::Post(const Request &request, LogEntry &log)
 {
     // No client hang-up ends a post: it is stored whole, and its answer waits under its key.
-    Request patient = request;
-    patient.abandoned.reset();
-    const StatementLimit limit(*writer_, patient, options_.statementTime);
-    const Store::Operator user = Authenticate(*writer_, request, log);
+    const auto deadline = std::min(request.deadline, Clock::now() + options_.statementTime);
+    Store::Operator user;
+    writers_.Run(deadline, [&](Store::Connection &connection) {
+        user = Authenticate(connection, request, log);
+    });
     CheckKey(request.idempotencyKey);
     const Managers::Post post{Wire::DecodePostRequest(request.body, RequestFormat(request)),
                               request.idempotencyKey, request.body};
     log.what = post.request.manager.left(100) + u'/' + post.request.method.left(100);
-    const Wire::PostAnswer answer = Managers::RunPost(*writer_, user, post);
+    const Wire::PostAnswer answer = Managers::SubmitPost(writers_, deadline, user, post);
     log.rows = answer.rows.size();
     return Encoded(answer, AnswerFormat(request));
 }

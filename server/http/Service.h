@@ -2,9 +2,11 @@
 
 #include "http/Message.h"
 #include "http/RequestLog.h"
+#include "managers/KeptAnswers.h"
 #include "store/Credentials.h"
 #include "store/Database.h"
 #include "store/QueryRunner.h"
+#include "store/WriterPool.h"
 
 #include <chrono>
 #include <memory>
@@ -54,7 +56,8 @@ private:
 
     Store::Database &database_;
     ServiceOptions options_;
-    std::unique_ptr<Store::Connection> writer_; ///< used on Lane::Write only
+    Store::WriterPool writers_;
+    Managers::AnswerSweeper sweeper_;
     std::mutex readersLock_;
     std::vector<std::unique_ptr<Reader>> readers_; ///< those at rest; the last used on top
 };

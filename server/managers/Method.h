@@ -20,19 +20,25 @@ namespace Qel::Managers {
 ///                        a value that does not fit, a record that an earlier row names
 ///   post.operator        a row names another operator than the credential
 ///   post.key_reused      the idempotency key came before with another body
+///   post.not_done        others came in between, or the database was slow or away, for too long
+/// or one of which nobody knows whether it was written:
+///   post.unknown         the connection to the database broke during the COMMIT
 class EPostError : public EQelError
 {
 public:
-    EPostError(const QByteArray &code, const QString &message)
+    EPostError(const QByteArray &code, const QString &message, const QString &detail = {})
         : EQelError(message)
         , code_(code)
+        , detail_(detail)
     {
     }
 
     const QByteArray &Code() const { return code_; }
+    const QString &Detail() const { return detail_; } ///< for the log; may be empty
 
 private:
     QByteArray code_;
+    QString detail_;
 };
 
 /// A look at one posted row, which has a dozen values at most and must outlive it.

@@ -1,5 +1,6 @@
 #include "managers/PostRunner.h"
 
+#include "managers/KeptAnswers.h"
 #include "store/Clock.h"
 
 #include <QCryptographicHash>
@@ -12,8 +13,6 @@ namespace Qel::Managers {
 
 namespace {
 
-constexpr int KeptHours = 72;
-
 /// Of the operator too: a key is one operator's own.
 QString BodyHash(const Store::Operator &user, const QByteArray &body)
 {
@@ -23,38 +22,9 @@ QString BodyHash(const Store::Operator &user, const QByteArray &body)
     return QString::fromLatin1(hash.result().toHex());
 }
 
-/// The answer that the key's post got; nothing if the key is new.
-std::optional<Wire::PostAnswer> KeptAnswer(Store::Connection &connection, const QString &key,
-                                           const QString &bodyHash)
-{
-    const auto statement =
-        connection.Prepare("SELECT BODY_HASH, ANSWER FROM SRV_IDEMPOTENCY WHERE KEY = ?1");
-    statement->Bind(1, key);
-    if (!statement->Step())
-        return std::nullopt;
-    if (statement->ColumnText(0) != bodyHash)
-        throw EPostError("post.key_reused", u"同一提交标识用于不同的内容，已拒绝。"_s);
-    return Wire::DecodePostAnswer(QByteArray::fromBase64(statement->ColumnBytes(1).toByteArray()),
-                                  Wire::Format::Cbor);
-}
-
-void KeepAnswer(Store::Connection &connection, const QString &key, const QString &bodyHash,
-                const Wire::PostAnswer &answer)
-{
-    connection.Run("INSERT INTO SRV_IDEMPOTENCY (KEY, BODY_HASH, ANSWER, CREATED)"
-                   " VALUES (?1, ?2, ?3, ?4)",
-                   {key, bodyHash,
-                    QString::fromLatin1(Wire::Encode(answer, Wire::Format::Cbor).toBase64()),
-                    Store::DateText(QDateTime::currentDateTime())});
-}
-
-void DropExpiredKeys(Store::Connection &connection)
-{
-    const QDateTime oldest = QDateTime::currentDateTime().addSecs(-KeptHours * 3600);
-    connection.Run("DELETE FROM SRV_IDEMPOTENCY WHERE CREATED < ?1", {Store::DateText(oldest)});
-}
-
-Wire::ResultRow RunRow(PostContext &context, const Method &method, const PostedRow &row)
+/// Nothing if the database refused the row.
+std::optional<Wire::ResultRow> RunRow(PostContext &context, const Method &method,
+                                      const PostedRow &row)
 {
     const QString lastUser = row[u"LAST_USER"_s];
     context.lastUser = lastUser.isEmpty() ? context.user.userName : lastUser;
@@ -63,49 +33,103 @@ Wire::ResultRow RunRow(PostContext &context, const Method &method, const PostedR
     } catch (const Store::EStoreError &error) {
         if (error.WhichKind() != Store::EStoreError::Kind::Constraint)
             throw;
-        return {Failed, {}};
+        return std::nullopt;
     }
 }
 
-Wire::PostAnswer RunAsOne(PostContext &context, const Method &method,
-                          const QList<Wire::NamedValues> &rows)
+/// Undoes what a refused row, or a refused list, has stored. Only few refusals come after something
+/// was stored, and a savepoint costs two statements: a post is run without them first, and from its
+/// beginning with them where one would have been needed.
+class Undo
+{
+public:
+    Undo(PostContext &context, bool withSavepoints)
+        : context_(context)
+        , changesBefore_(context.changes.size())
+    {
+        if (withSavepoints)
+            savepoint_.emplace(context.connection);
+    }
+
+    /// False: cannot be undone alone.
+    bool Refuse(bool byDatabase)
+    {
+        const bool possible =
+            savepoint_ || (!byDatabase && context_.changes.size() == changesBefore_);
+        context_.changes.resize(changesBefore_);
+        savepoint_.reset();
+        return possible;
+    }
+    void Keep()
+    {
+        if (savepoint_)
+            savepoint_->Keep();
+    }
+
+private:
+    PostContext &context_;
+    qsizetype changesBefore_;
+    std::optional<Store::Savepoint> savepoint_;
+};
+
+/// Nothing: to be run again with savepoints.
+using Outcome = std::optional<Wire::PostAnswer>;
+
+Outcome RunAsOne(PostContext &context, const Method &method, const QList<Wire::NamedValues> &rows,
+                 bool withSavepoints)
 {
     Wire::PostAnswer answer;
     if (rows.isEmpty())
         answer.rows.append({Stored, {}}); // screens read the first result
-    Store::Savepoint savepoint(context.connection);
+    Undo undo(context, withSavepoints);
     for (const auto &row : rows) {
-        answer.rows.append(RunRow(context, method, PostedRow(row)));
+        const auto result = RunRow(context, method, PostedRow(row));
+        answer.rows.append(result.value_or(Wire::ResultRow{Failed, {}}));
         const QString code = answer.rows.last().code;
         if (code != Stored) {
-            context.changes.clear();
             answer.rows.fill({code, {}}, rows.size());
-            return answer;
+            return undo.Refuse(/*byDatabase=*/!result) ? Outcome(answer) : std::nullopt;
         }
     }
     if (method.finish)
         method.finish(context, rows);
-    savepoint.Keep();
+    undo.Keep();
     return answer;
 }
 
-Wire::PostAnswer RunRowByRow(PostContext &context, const Method &method,
-                             const QList<Wire::NamedValues> &rows)
+Outcome RunRowByRow(PostContext &context, const Method &method,
+                    const QList<Wire::NamedValues> &rows, bool withSavepoints)
 {
     Wire::PostAnswer answer;
     for (const auto &values : rows) {
         const PostedRow row(values);
-        const qsizetype changesBefore = context.changes.size();
-        Store::Savepoint savepoint(context.connection);
-        Wire::ResultRow result = RunRow(context, method, row);
+        Undo undo(context, withSavepoints);
+        const auto result = RunRow(context, method, row);
+        answer.rows.append(result.value_or(Wire::ResultRow{Failed, {}}));
         for (const QString &name : method.echo)
-            result.values.append({name, row[name]});
-        answer.rows.append(result);
-        if (result.code == Stored)
-            savepoint.Keep();
-        else
-            context.changes.resize(changesBefore);
+            answer.rows.last().values.append({name, row[name]});
+        if (answer.rows.last().code == Stored)
+            undo.Keep();
+        else if (!undo.Refuse(/*byDatabase=*/!result))
+            return std::nullopt;
     }
+    return answer;
+}
+
+/// One transaction: all of it or nothing.
+Outcome RunOnce(Store::Connection &connection, const Store::Operator &user, const Post &post,
+                const Method &method, const QString &bodyHash, bool withSavepoints)
+{
+    Store::Transaction transaction(connection);
+    PostContext context{connection, user, Store::Now(), {}};
+    const Outcome answer = (method.RowByRow() ? RunRowByRow : RunAsOne)(
+        context, method, post.request.rows, withSavepoints);
+    if (!answer)
+        return std::nullopt;
+    WriteLog(context);
+    if (!post.key.isEmpty())
+        KeepAnswer(connection, QString::fromLatin1(post.key), bodyHash, *answer);
+    transaction.Commit();
     return answer;
 }
 
@@ -122,22 +146,16 @@ Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &u
             u"服务器没有方法 %1/%2。"_s.arg(request.manager.left(100), request.method.left(100)));
     CheckRows(*method, request.rows, user);
 
-    Store::Transaction transaction(connection);
-    const QString key = QString::fromLatin1(post.key);
     const QString bodyHash = BodyHash(user, post.body);
-    if (!key.isEmpty()) {
-        DropExpiredKeys(connection);
-        if (auto kept = KeptAnswer(connection, key, bodyHash))
-            return *kept;
+    if (!post.key.isEmpty()) {
+        if (auto kept = FindKeptAnswer(connection, QString::fromLatin1(post.key), bodyHash))
+            return *std::move(kept);
     }
-    PostContext context{connection, user, Store::Now(), {}};
-    const Wire::PostAnswer answer =
-        (method->RowByRow() ? RunRowByRow : RunAsOne)(context, *method, request.rows);
-    WriteLog(context);
-    if (!key.isEmpty())
-        KeepAnswer(connection, key, bodyHash, answer);
-    transaction.Commit();
-    return answer;
+    for (const bool withSavepoints : {false, true}) {
+        if (auto answer = RunOnce(connection, user, post, *method, bodyHash, withSavepoints))
+            return *std::move(answer);
+    }
+    Q_UNREACHABLE(); // with savepoints everything can be undone
 }
 
 } // namespace Qel::Managers

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "managers/Method.h"
+#include "store/WriterPool.h"
 
 #include <QByteArray>
 
@@ -18,8 +19,16 @@ struct Post
 /// without rows, where the method takes one, is answered with one result.
 ///
 /// A post with a key takes effect once: the answer is kept with the key for 72 hours, and the
-/// same post again gets it without doing anything. Throws EPostError, EStoreError.
+/// same post again gets it without doing anything. Throws EPostError, EStoreError; after a
+/// Conflict it may be called again.
 Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &user,
                          const Post &post);
+
+/// The same on a connection of the pool, again and again while other posts come in between, until
+/// the deadline. Where a connection broke during the COMMIT, the key tells whether that took
+/// effect. Throws EPostError with "post.not_done" or "post.unknown" when the time is up.
+Wire::PostAnswer SubmitPost(Store::WriterPool &writers,
+                            Store::WriterPool::Clock::time_point deadline,
+                            const Store::Operator &user, const Post &post);
 
 } // namespace Qel::Managers

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "store/WriterPool.h"
+#include "wire/Wire.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <thread>
+
+/// What posts with an idempotency key were answered. Kept for 72 hours.
+namespace Qel::Managers {
+
+/// The answer that the key's post got; nothing if the key is new. Throws EPostError if the key's
+/// post was another one. For outside of the post's transaction: an index that many posts look into
+/// and write to would have them fail one another.
+std::optional<Wire::PostAnswer> FindKeptAnswer(Store::Connection &connection, const QString &key,
+                                               const QString &bodyHash);
+
+/// In the post's transaction. Throws EStoreError of Kind::Conflict if another post was faster to
+/// use the key: run again, this one finds its answer.
+void KeepAnswer(Store::Connection &connection, const QString &key, const QString &bodyHash,
+                const Wire::PostAnswer &answer);
+
+/// Forgets the answers that have been kept for long enough, a part at a time.
+void DropExpiredAnswers(Store::WriterPool &writers);
+
+/// Does so now and then, on a thread of its own, so that no post pays for it.
+class AnswerSweeper
+{
+public:
+    explicit AnswerSweeper(Store::WriterPool &writers,
+                           std::chrono::milliseconds interval = std::chrono::minutes(1));
+
+private:
+    void Sweep(const std::stop_token &stop, std::chrono::milliseconds interval);
+
+    Store::WriterPool &writers_;
+    std::mutex lock_;
+    std::condition_variable_any wake_;
+    std::jthread thread_; ///< last: ends before what it uses
+};
+
+} // namespace Qel::Managers

@@ -1,0 +1,116 @@
+#include "store/WriterPool.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace Qel::Store {
+
+namespace {
+
+constexpr auto FirstPause = 2ms; // about what a short transaction takes
+constexpr auto LongestPause = 200ms;
+/// For a database that is being started again. Longer would only pile up requests.
+constexpr auto PatienceWithLoss = 5s;
+
+/// Random, so that those that met do not meet again; up to twice as long each time.
+WriterPool::Clock::duration Pause(int tries)
+{
+    const auto longest =
+        std::min<std::chrono::microseconds>(FirstPause * (1 << std::min(tries, 8)), LongestPause);
+    return std::chrono::microseconds(
+        QRandomGenerator::global()->bounded(static_cast<int>(longest.count())));
+}
+
+} // namespace
+
+/// A connection for a scope, whose statements end at the deadline.
+class WriterPool::Lease
+{
+public:
+    Lease(WriterPool &pool, Clock::time_point deadline)
+        : pool_(pool)
+        , connection_(pool.Take(deadline))
+    {
+        connection_->StopWhen([deadline] { return Clock::now() > deadline; });
+    }
+    ~Lease()
+    {
+        connection_->StopWhen({});
+        pool_.GiveBack(std::move(connection_));
+    }
+    Q_DISABLE_COPY_MOVE(Lease)
+
+    Connection &operator*() const { return *connection_; }
+
+private:
+    WriterPool &pool_;
+    std::unique_ptr<Connection> connection_;
+};
+
+WriterPool::WriterPool(Database &database)
+    : database_(database)
+    , size_(database.Writers())
+{
+}
+
+std::unique_ptr<Connection> WriterPool::Take(Clock::time_point deadline)
+{
+    std::unique_lock lock(lock_);
+    if (!freed_.wait_until(lock, deadline, [this] { return taken_ < size_; }))
+        throw EStoreError(EStoreError::Kind::Stopped, u"等待数据库写连接超时"_s);
+    ++taken_;
+    if (!atRest_.empty()) {
+        auto connection = std::move(atRest_.back());
+        atRest_.pop_back();
+        return connection;
+    }
+    lock.unlock();
+    try {
+        return database_.OpenWriter();
+    } catch (...) {
+        GiveBack(nullptr);
+        throw;
+    }
+}
+
+void WriterPool::GiveBack(std::unique_ptr<Connection> connection)
+{
+    {
+        const std::lock_guard lock(lock_);
+        --taken_;
+        if (connection && connection->IsAtRest())
+            atRest_.push_back(std::move(connection));
+    }
+    freed_.notify_one();
+}
+
+void WriterPool::Run(Clock::time_point deadline, const std::function<void(Connection &)> &work)
+{
+    using Kind = EStoreError::Kind;
+    auto lossDeadline = deadline;
+    for (int tries = 0;; ++tries) {
+        Clock::time_point again;
+        try {
+            const Lease lease(*this, deadline);
+            work(*lease);
+            return;
+        } catch (const EStoreError &error) {
+            const bool isLoss = error.WhichKind() == Kind::Lost;
+            if (!isLoss && error.WhichKind() != Kind::Conflict)
+                throw;
+            if (isLoss)
+                lossDeadline = std::min(lossDeadline, Clock::now() + PatienceWithLoss);
+            again = Clock::now() + Pause(tries);
+            if (again >= (isLoss ? lossDeadline : deadline))
+                throw;
+        }
+        std::this_thread::sleep_until(again);
+    }
+}
+
+} // namespace Qel::Store

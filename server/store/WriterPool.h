@@ -1,0 +1,46 @@
+#pragma once
+
+#include "store/Database.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace Qel::Store {
+
+/// The connections that may change rows: as many as the database has use for, opened when they are
+/// needed, kept, and thrown away when they break. Threads share it.
+class WriterPool
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `database` must outlive the pool.
+    explicit WriterPool(Database &database);
+
+    int Size() const { return size_; }
+
+    /// Calls `work` with a connection of its own. After Kind::Conflict, and after Kind::Lost for a
+    /// few seconds, it is called again with growing pauses, for as long as there is time; then the
+    /// error is thrown. So `work` starts afresh each time and writes in one Transaction at most.
+    /// Other errors are thrown at once. At the deadline a statement that still runs, or the wait
+    /// for a connection, ends in Kind::Stopped.
+    void Run(Clock::time_point deadline, const std::function<void(Connection &)> &work);
+
+private:
+    class Lease;
+
+    std::unique_ptr<Connection> Take(Clock::time_point deadline);
+    void GiveBack(std::unique_ptr<Connection> connection);
+
+    Database &database_;
+    const int size_;
+    std::mutex lock_;
+    std::condition_variable freed_;
+    std::vector<std::unique_ptr<Connection>> atRest_; ///< the last used on top
+    int taken_ = 0;
+};
+
+} // namespace Qel::Store
