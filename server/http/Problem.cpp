@@ -21,11 +21,12 @@ struct CodeStatus
 };
 
 constexpr CodeStatus Statuses[] = {
-    {"auth.refused", 401},    {"auth.required", 401},       {"http.method", 405},
-    {"http.not_found", 404},  {"http.too_large", 413},      {"http.type", 415},
-    {"post.key_reused", 409}, {"post.not_done", 503},       {"post.operator", 403},
-    {"post.unknown", 500},    {"post.unknown_method", 404}, {"query.too_large", 422},
-    {"server.failure", 500},  {"sql.timeout", 504},
+    {"auth.refused", 401},    {"auth.required", 401},  {"http.method", 405},
+    {"http.not_found", 404},  {"http.too_large", 413}, {"http.type", 415},
+    {"post.key_reused", 409}, {"post.not_done", 503},  {"post.operator", 403},
+    {"post.scope", 403},      {"post.unknown", 500},   {"post.unknown_method", 404},
+    {"query.too_large", 422}, {"server.failure", 500}, {"sql.scope", 403},
+    {"sql.timeout", 504},
 };
 
 } // namespace

@@ -222,10 +222,10 @@ Response Service::Query(const Request &request, LogEntry &log)
 {
     const ReaderLease reader(*this);
     const StatementLimit limit(*reader->connection, request, options_.statementTime);
-    Authenticate(*reader->connection, request, log);
+    const Store::Operator user = Authenticate(*reader->connection, request, log);
     const auto query = Wire::DecodeQueryRequest(request.body, RequestFormat(request));
     auto logStatement = qScopeGuard([&] { log.statement = query.sql; });
-    const auto result = reader->queries.Run(query.sql, query.page, query.pageSize);
+    const auto result = reader->queries.Run(query.sql, query.page, query.pageSize, user.unions);
     Response response =
         Encoded(Wire::QueryAnswer{result.total, RowSet::Load(result.block)}, AnswerFormat(request));
     log.rows = result.count;

@@ -19,6 +19,7 @@ namespace Qel::Managers {
 ///   post.bad_row         no rows or too many, a parameter that is unknown, doubled or missing,
 ///                        a value that does not fit, a record that an earlier row names
 ///   post.operator        a row names another operator than the credential
+///   post.scope           the operator's token is limited to groups, and this is about others
 ///   post.key_reused      the idempotency key came before with another body
 ///   post.not_done        others came in between, or the database was slow or away, for too long
 /// or one of which nobody knows whether it was written:

@@ -1,6 +1,7 @@
 #include "managers/PostRunner.h"
 
 #include "managers/KeptAnswers.h"
+#include "managers/Scope.h"
 #include "store/Clock.h"
 
 #include <QCryptographicHash>
@@ -121,6 +122,7 @@ Outcome RunOnce(Store::Connection &connection, const Store::Operator &user, cons
                 const Method &method, const QString &bodyHash, bool withSavepoints)
 {
     Store::Transaction transaction(connection);
+    CheckScope(connection, method, post.request.rows, user);
     PostContext context{connection, user, Store::Now(), {}};
     const Outcome answer = (method.RowByRow() ? RunRowByRow : RunAsOne)(
         context, method, post.request.rows, withSavepoints);

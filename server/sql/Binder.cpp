@@ -54,10 +54,11 @@ struct Scope
 class Binder
 {
 public:
-    Binder(QByteArrayView text, const Catalog &catalog, const Limits &limits)
+    Binder(QByteArrayView text, const Catalog &catalog, const Limits &limits, const RowScope *scope)
         : text_(text.data(), static_cast<size_t>(text.size()))
         , catalog_(catalog)
         , limits_(limits)
+        , scope_(scope)
     {
     }
 
@@ -133,6 +134,8 @@ private:
         if (std::find(tables_.begin(), tables_.end(), table->name) == tables_.end())
             tables_.push_back(table->name);
         relation.table = table;
+        if (scope_)
+            relation.condition = ConditionFor(*table, source.begin);
         for (const Column &column : table->columns) {
             relation.columns.push_back(
                 {column.name, TypeOf(column.type), column.size, column.notNull, column.readable});
@@ -140,6 +143,17 @@ private:
         relation.uniqueKeys = table->uniqueIndexes;
         if (!table->primaryKey.empty())
             relation.uniqueKeys.insert(relation.uniqueKeys.begin(), table->primaryKey);
+    }
+
+    /// The only place where a table enters a statement, so the only one that limits its rows.
+    const std::string &ConditionFor(const Table &table, qsizetype position) const
+    {
+        const auto found = scope_->find(table.name);
+        if (found == scope_->end()) {
+            throw ESqlError("sql.scope", position,
+                            u"当前令牌只限于部分集团，不能读取表“%1”"_s.arg(Shown(table.name)));
+        }
+        return found->second;
     }
 
     static void ShowColumns(Relation &relation, std::shared_ptr<Query> query)
@@ -667,6 +681,7 @@ private:
     std::string_view text_;
     const Catalog &catalog_;
     const Limits &limits_;
+    const RowScope *scope_;
     int relationCount_ = 0;
     std::vector<std::string> tables_;
     const Relation *marked_ = nullptr; ///< by the condition that is being bound
@@ -675,9 +690,9 @@ private:
 } // namespace
 
 BoundStatement Bind(const Syntax::Select &select, QByteArrayView text, const Catalog &catalog,
-                    const Limits &limits)
+                    const Limits &limits, const RowScope *scope)
 {
-    Binder binder(text, catalog, limits);
+    Binder binder(text, catalog, limits, scope);
     BoundStatement statement;
     statement.query = binder.BindSelect(select, nullptr);
     statement.tables = binder.TakeTables();

@@ -33,10 +33,10 @@ std::string CompiledQuery::Page(qint64 limit, qint64 offset) const
 }
 
 CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect dialect,
-                      const Limits &limits)
+                      const Limits &limits, const RowScope *scope)
 {
     const auto select = Parse(oracleText, limits);
-    const BoundStatement statement = Bind(*select, oracleText, catalog, limits);
+    const BoundStatement statement = Bind(*select, oracleText, catalog, limits, scope);
     Query &query = *statement.query;
 
     CompiledQuery compiled;

@@ -6,6 +6,7 @@
 
 #include <QByteArrayView>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ struct Limits
     int maxLiterals = 50000;
 };
 
+/// The tables that a client may read and the rows of each, as a condition in the database's own SQL
+/// over the table's columns; an empty one means every row. What is not named is not there.
+using RowScope = std::map<std::string, std::string>;
+
 /// Literals stand inside the texts, quoted by the printer: an IN list may have more of them than a
 /// database accepts parameters, and planners see what they compare with. The texts are complete:
 /// nothing is to be bound.
@@ -51,8 +56,10 @@ struct CompiledQuery
     std::string ordered; ///< what Page() puts the limits behind
 };
 
-/// `oracleText` is UTF-8. Throws ESqlError.
+/// `oracleText` is UTF-8. With a scope every mention of a table, at whatever depth, is one of the
+/// rows that the scope leaves of it: no alias, join or sub-select gets around that. Throws
+/// ESqlError.
 CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect dialect,
-                      const Limits &limits = {});
+                      const Limits &limits = {}, const RowScope *scope = nullptr);
 
 } // namespace Qel::Sql

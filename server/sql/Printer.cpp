@@ -117,7 +117,7 @@ private:
                 Print(*relation.query, Labels::Numbered, Ordering::Stated);
                 Put(")");
             } else {
-                Put(Quoted(relation.table->name, '"'));
+                PrintTable(relation);
             }
             Put(" AS t" + std::to_string(relation.id));
             if (relation.outer) {
@@ -125,6 +125,18 @@ private:
                 PrintConditions(relation.on, Op::And);
             }
         }
+    }
+
+    void PrintTable(const Relation &relation)
+    {
+        const std::string name = Quoted(relation.table->name, '"');
+        if (relation.condition.empty()) {
+            Put(name);
+            return;
+        }
+        // With the row numbers that a total order may ask for.
+        Put(dialect_ == Dialect::Sqlite ? "(SELECT rowid, * FROM " : "(SELECT * FROM ");
+        Put(name + " WHERE " + relation.condition + ")");
     }
 
     void PrintWhere(const Query &query)

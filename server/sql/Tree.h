@@ -82,6 +82,8 @@ struct Relation
     int id = 0; ///< unique in the whole statement; its name there is t<id>
     std::string alias;
     const Table *table = nullptr; ///< null: a sub-select
+    std::string
+        condition; ///< in the database's SQL: the rows of the table that are there; empty: all
     std::shared_ptr<Query> query;
     std::vector<RelationColumn> columns;
     std::vector<ColumnList> uniqueKeys; ///< an empty one: at most one row

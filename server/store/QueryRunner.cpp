@@ -1,6 +1,7 @@
 #include "store/QueryRunner.h"
 
 #include "store/Schema.h"
+#include "store/UnionScope.h"
 
 #include <QCryptographicHash>
 #include <QScopeGuard>
@@ -48,16 +49,23 @@ QueryRunner::QueryRunner(Connection &connection, const QueryLimits &limits)
 {
 }
 
-QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize)
+QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize,
+                             const std::optional<QStringList> &unions)
 {
     lastTables_.clear();
     const QByteArray text = oracleText.toUtf8();
     const auto compile = [&] {
-        return Sql::Compile(text, SchemaCatalog(), connection_.CurrentDialect());
+        std::optional<Sql::RowScope> scope;
+        if (unions)
+            scope = UnionScope(*unions);
+        return Sql::Compile(text, SchemaCatalog(), connection_.CurrentDialect(), {},
+                            scope ? &*scope : nullptr);
     };
+    // A text has no zero byte, so no text of one scope is taken for that of another.
+    const QByteArray kept = unions ? text + '\0' + unions->join(u',').toUtf8() : text;
     std::optional<Sql::CompiledQuery> once;
     const Sql::CompiledQuery &query =
-        text.size() > KeptTextBytes ? once.emplace(compile()) : compiled_.Get(text, compile);
+        text.size() > KeptTextBytes ? once.emplace(compile()) : compiled_.Get(kept, compile);
     lastTables_ = query.tables;
     try {
         return Run(query, page, pageSize);

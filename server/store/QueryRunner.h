@@ -5,7 +5,10 @@
 #include "store/LruCache.h"
 
 #include <QByteArray>
+#include <QStringList>
+
 #include <QString>
+#include <optional>
 
 #include <string>
 #include <vector>
@@ -45,8 +48,10 @@ public:
     QueryRunner(Connection &connection, const QueryLimits &limits);
 
     /// `page` from 1 with `pageSize` rows, or both 0: every row. Throws Sql::ESqlError,
-    /// EQueryTooLarge, EStoreError.
-    QueryResult Run(const QString &oracleText, int page, int pageSize);
+    /// EQueryTooLarge, EStoreError. `unions`: the groups whose rows alone there are; see
+    /// UnionScope.
+    QueryResult Run(const QString &oracleText, int page, int pageSize,
+                    const std::optional<QStringList> &unions = {});
 
     /// The tables that the last Run read, or was about to read when it failed; upper case, each
     /// once. Empty if the statement was refused before.
