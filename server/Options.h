@@ -19,6 +19,13 @@ struct Options
     int statementSeconds = 30;
     int connectionLimit = 1'000;
     int requestSeconds = 60;
+    int slowSeconds = 10;
+    QString certificate; ///< PEM files; both or none
+    QString key;
+    QStringList trustedProxies; ///< numeric addresses or blocks of them
+    QString metricsHost;        ///< empty: no figures
+    quint16 metricsPort = 0;
+    bool jsonLog = false;
 };
 
 /// Reads the command line; prints and ends the process for --help, --version and mistakes.

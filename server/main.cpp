@@ -2,6 +2,8 @@
 #include "admin/Command.h"
 #include "demo/Demo.h"
 #include "http/HttpServer.h"
+#include "http/Metrics.h"
+#include "http/RequestLog.h"
 #include "http/Service.h"
 #include "store/Credentials.h"
 #include "store/Database.h"
@@ -63,27 +65,62 @@ void StopWhenInputCloses(Http::HttpServer &server)
     }).detach(); // cannot be woken from its read; ends with the process
 }
 
+QList<Http::AddressBlock> TrustedProxies(const Options &options)
+{
+    QList<Http::AddressBlock> blocks;
+    for (const QString &text : options.trustedProxies)
+        blocks += Http::ParseAddressBlock(text);
+    return blocks;
+}
+
+QString Authority(const QString &host, quint16 port)
+{
+    return (host.contains(u':') ? u"[%1]:%2"_s : u"%1:%2"_s).arg(host).arg(port);
+}
+
+/// Where it listens, for people and programs that wait for it, and what to worry about.
+void Announce(const Http::HttpServer &server, const Options &options)
+{
+    const bool secure = !options.certificate.isEmpty();
+    if (!secure && !options.host.startsWith("127."_L1) && options.host != "::1"_L1)
+        Http::WriteEvent(
+            "warning", u"没有 TLS 而在 %1 上监听：用户凭据会以明文经过网络。"_s.arg(options.host));
+    if (server.MetricsPort() != 0)
+        Http::WriteEvent("metrics", u"http://%1/metrics"_s.arg(
+                                        Authority(options.metricsHost, server.MetricsPort())));
+    std::printf("listening on %s://%s%s\n", secure ? "https" : "http",
+                qUtf8Printable(Authority(options.host, server.Port())),
+                qUtf8Printable(options.basePath));
+    std::fflush(stdout);
+}
+
 int Serve(Store::Database &database, const Options &options)
 {
+    Http::SetLogFormat(options.jsonLog ? Http::LogFormat::Json : Http::LogFormat::Text);
+    Http::Metrics metrics;
     Http::Service service(database,
                           {.basePath = options.basePath.toUtf8(),
                            .serverName = QCoreApplication::applicationName(),
                            .statementTime = std::chrono::seconds(options.statementSeconds),
-                           .limits = {}});
+                           .limits = {},
+                           .trustedProxies = TrustedProxies(options)},
+                          metrics);
     const int processors = static_cast<int>(std::thread::hardware_concurrency());
     Http::HttpServer server({.host = options.host,
                              .port = options.port,
+                             .certificate = options.certificate,
+                             .key = options.key,
+                             .metricsHost = options.metricsHost,
+                             .metricsPort = options.metricsPort,
                              .connectionLimit = options.connectionLimit,
                              .requestTime = std::chrono::seconds(options.requestSeconds),
+                             .patience = {.silence = std::chrono::seconds(options.slowSeconds)},
                              .readers = std::max(2, processors),
                              .writers = database.Writers()},
-                            service);
+                            service, metrics);
     if (options.exitWithParent)
         StopWhenInputCloses(server);
-    const QString host = options.host.contains(u':') ? u'[' + options.host + u']' : options.host;
-    std::printf("listening on http://%s:%d%s\n", qUtf8Printable(host), server.Port(),
-                qUtf8Printable(options.basePath));
-    std::fflush(stdout);
+    Announce(server, options);
     server.Run();
     return 0;
 }

@@ -1,10 +1,14 @@
 #include "http/HttpServer.h"
 
 #include "dataset/QelError.h"
+#include "http/Link.h"
+#include "http/Metrics.h"
+#include "http/Notify.h"
+#include "http/RequestLog.h"
+#include "http/RequestReader.h"
+#include "http/ResponseHead.h"
+#include "http/Tls.h"
 
-#include <utility> // before Asio: its coroutine headers use std::exchange without including it
-
-#include <boost/asio/as_tuple.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/io_context.hpp>
@@ -12,92 +16,98 @@
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/thread_pool.hpp>
-#include <boost/asio/use_awaitable.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
-#include <boost/beast/http.hpp>
-#include <boost/beast/http/span_body.hpp>
 
 #include <array>
+#include <condition_variable>
 #include <csignal>
+#include <cstdlib>
 #include <list>
+#include <mutex>
 
-namespace asio = boost::asio;
 namespace beast = boost::beast;
-namespace http = boost::beast::http;
-using asio::ip::tcp;
 using namespace Qt::StringLiterals;
 
 namespace Qel::Http {
 
 namespace {
 
-constexpr std::size_t HeaderLimit = 16u << 10;
+using asio::ip::tcp;
+
 constexpr std::size_t FirstRead = 8u << 10;
+/// An answer of this size and its head leave in one piece.
+constexpr qsizetype SmallBody = 16 << 10;
 constexpr std::size_t DiscardLimit = 64u << 20;
 constexpr std::chrono::seconds DiscardTime{2};
-constexpr auto Token = asio::as_tuple(asio::use_awaitable);
+constexpr std::chrono::milliseconds HangUpCheck{200};
+/// Before the end of the drain time: the first for the answers of requests that were stopped, the
+/// second for handlers that do not stop.
+constexpr std::chrono::milliseconds LastWords{1'500};
+constexpr std::chrono::milliseconds LastWait{500};
 
-QByteArray ToBytes(beast::string_view text)
-{
-    return {text.data(), static_cast<qsizetype>(text.size())};
-}
+using Peers = std::list<struct Peer>;
 
 /// One client's connection.
 struct Peer
 {
-    explicit Peer(tcp::socket socket)
-        : stream(std::move(socket))
+    Peer(tcp::socket socket, const std::shared_ptr<asio::ssl::context> &tls, Door at)
+        : link(std::move(socket), tls)
+        , door(at)
     {
     }
 
-    beast::tcp_stream stream;
+    Link link;
+    Door door;
+    Peers *rest = nullptr;                        ///< the list for the time between requests
     std::shared_ptr<std::atomic<bool>> abandoned; ///< of the request that is being answered
 };
-
-using Peers = std::list<Peer>;
 
 } // namespace
 
 class HttpServer::Impl
 {
 public:
-    Impl(const ServerOptions &options, Handler &handler)
+    Impl(const ServerOptions &options, Handler &handler, Metrics &metrics)
         : options_(options)
         , handler_(handler)
+        , metrics_(metrics)
         , acceptor_(context_)
-        , signals_(context_, SIGTERM, SIGINT)
+        , metricsAcceptor_(context_)
+        , stopSignals_(context_, SIGTERM, SIGINT)
+        , reloadSignals_(context_, SIGHUP)
         , drain_(context_)
         , readers_(static_cast<std::size_t>(options.readers))
         , writers_(static_cast<std::size_t>(options.writers))
+        , prober_(1)
     {
-        boost::system::error_code error;
-        const auto address = asio::ip::make_address(options.host.toStdString(), error);
-        if (error)
-            Fail(u"监听地址无效"_s, error);
-        const tcp::endpoint endpoint(address, options.port);
-        acceptor_.open(endpoint.protocol());
-        acceptor_.set_option(tcp::acceptor::reuse_address(true));
-        acceptor_.bind(endpoint, error);
-        if (error)
-            Fail(u"无法占用监听端口"_s, error);
-        acceptor_.listen(tcp::acceptor::max_listen_connections, error);
-        if (error)
-            Fail(u"无法监听"_s, error);
+        if (!options.certificate.isEmpty())
+            tls_ = LoadTls(options.certificate, options.key);
+        Listen(acceptor_, options.host, options.port);
+        if (!options.metricsHost.isEmpty())
+            Listen(metricsAcceptor_, options.metricsHost, options.metricsPort);
     }
 
     quint16 Port() const { return acceptor_.local_endpoint().port(); }
+    quint16 MetricsPort() const
+    {
+        return metricsAcceptor_.is_open() ? metricsAcceptor_.local_endpoint().port() : quint16(0);
+    }
 
     void Run()
     {
-        signals_.async_wait([this](auto error, int) {
+        stopSignals_.async_wait([this](auto error, int) {
             if (!error)
                 BeginStop();
         });
-        asio::co_spawn(context_, Accept(), asio::detached);
+        WaitForReload();
+        asio::co_spawn(context_, Accept(acceptor_, Door::Clients), asio::detached);
+        if (metricsAcceptor_.is_open())
+            asio::co_spawn(context_, Accept(metricsAcceptor_, Door::Metrics), asio::detached);
+        NotifyServiceManager("READY=1");
         context_.run();
+        EndLateHandlers();
         readers_.join();
         writers_.join();
+        prober_.join();
     }
 
     void Stop()
@@ -106,19 +116,52 @@ public:
     }
 
 private:
-    [[noreturn]] void Fail(const QString &what, const boost::system::error_code &error) const
+    static void Listen(tcp::acceptor &acceptor, const QString &host, quint16 port)
     {
-        throw EQelError(u"%1 %2:%3：%4"_s.arg(what, options_.host)
-                            .arg(options_.port)
-                            .arg(QString::fromStdString(error.message())));
+        boost::system::error_code error;
+        const auto fail = [&](const QString &what) {
+            throw EQelError(u"%1 %2:%3：%4"_s.arg(what, host)
+                                .arg(port)
+                                .arg(QString::fromStdString(error.message())));
+        };
+        const auto address = asio::ip::make_address(host.toStdString(), error);
+        if (error)
+            fail(u"监听地址无效"_s);
+        const tcp::endpoint endpoint(address, port);
+        acceptor.open(endpoint.protocol());
+        acceptor.set_option(tcp::acceptor::reuse_address(true));
+        acceptor.bind(endpoint, error);
+        if (error)
+            fail(u"无法占用监听端口"_s);
+        acceptor.listen(tcp::acceptor::max_listen_connections, error);
+        if (error)
+            fail(u"无法监听"_s);
+    }
+
+    /// A certificate that was renewed serves new connections; one that cannot be read leaves the
+    /// old one in place.
+    void WaitForReload()
+    {
+        reloadSignals_.async_wait([this](auto error, int) {
+            if (error)
+                return;
+            try {
+                if (tls_)
+                    tls_ = LoadTls(options_.certificate, options_.key);
+                WriteEvent("reloaded", tls_ ? options_.certificate : QString());
+            } catch (const EQelError &failure) {
+                WriteEvent("reload failed", failure.Message());
+            }
+            WaitForReload();
+        });
     }
 
     // --- Connections ---------------------------------------------------------------------------
 
-    asio::awaitable<void> Accept()
+    asio::awaitable<void> Accept(tcp::acceptor &acceptor, Door door)
     {
         while (!stopping_) {
-            auto [error, socket] = co_await acceptor_.async_accept(Token);
+            auto [error, socket] = co_await acceptor.async_accept(Token);
             if (stopping_)
                 break;
             if (error) {
@@ -127,105 +170,116 @@ private:
                 co_await pause.async_wait(Token);
                 continue;
             }
-            if (!MakeRoom())
+            ++metrics_.connectionsAccepted;
+            if (!MakeRoom()) {
+                ++metrics_.connectionsRefused;
                 continue; // every connection is being answered: this one is closed
-            boost::system::error_code ignored;
-            // Without it a small answer on a kept connection waits 40 ms for an acknowledgement.
-            socket.set_option(tcp::no_delay(true), ignored);
-            waiting_.emplace_back(std::move(socket));
-            asio::co_spawn(context_, Serve(std::prev(waiting_.end())), asio::detached);
+            }
+            strangers_.emplace_back(std::move(socket), door == Door::Clients ? tls_ : nullptr,
+                                    door);
+            CountConnections();
+            asio::co_spawn(context_, Serve(std::prev(strangers_.end())), asio::detached);
         }
     }
 
     /// Whether there is room for one more connection, if need be in place of the one that has
-    /// waited longest.
+    /// waited longest; of one with a good credential only if there is no other.
     bool MakeRoom()
     {
-        if (waiting_.size() + answering_.size() <
+        if (strangers_.size() + known_.size() + answering_.size() <
             static_cast<std::size_t>(options_.connectionLimit))
             return true;
-        if (waiting_.empty())
+        Peers &from = strangers_.empty() ? known_ : strangers_;
+        if (from.empty())
             return false;
-        waiting_.front().stream.close(); // ends its coroutine, which takes it off the list
+        ++metrics_.connectionsGaveWay;
+        from.front().link.Close(); // ends its coroutine, which takes it off the list
         // To the end: the next one in need of room must not choose a connection already closed.
-        waiting_.splice(waiting_.end(), waiting_, waiting_.begin());
+        from.splice(from.end(), from, from.begin());
         return true;
+    }
+
+    void CountConnections()
+    {
+        metrics_.connectionsWaiting = static_cast<qint64>(strangers_.size() + known_.size());
+        metrics_.connectionsAnswering = static_cast<qint64>(answering_.size());
     }
 
     /// All requests of one connection.
     asio::awaitable<void> Serve(Peers::iterator peer)
     {
+        peer->rest = &strangers_;
+        const auto begin = Clock::now();
+        // A fresh connection has something to say.
+        peer->link.Until(begin + options_.patience.silence);
+        bool goOn = !co_await peer->link.Handshake();
+        if (!goOn)
+            ++metrics_.handshakesFailed;
         beast::flat_buffer buffer;
-        bool goOn = true;
-        peer->stream.expires_after(options_.requestTime); // a fresh connection has something to say
-        while (goOn && !stopping_) {
-            goOn = co_await ServeOne(*peer, peer, buffer);
-            peer->stream.expires_after(options_.idleTime);
+        Clock::time_point latest = begin + options_.requestTime;
+        auto firstByte = begin + options_.patience.silence;
+        while (goOn) {
+            goOn = co_await ServeOne(*peer, peer, buffer, firstByte, latest);
+            firstByte = Clock::now() + options_.idleTime;
+            latest = Clock::time_point::max();
         }
-        boost::system::error_code ignored;
-        peer->stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
-        waiting_.erase(peer);
+        peer->link.Until(Clock::now() + DiscardTime);
+        co_await peer->link.EndWriting();
+        peer->rest->erase(peer);
+        CountConnections();
         StopWhenDrained();
     }
 
-    /// Reads one request and answers it. False: the connection has come to its end.
-    asio::awaitable<bool> ServeOne(Peer &self, Peers::iterator peer, beast::flat_buffer &buffer)
+    /// Reads one request, which begins until `firstByte`, and answers it until `latest`. False:
+    /// the connection has come to its end.
+    asio::awaitable<bool> ServeOne(Peer &self, Peers::iterator peer, beast::flat_buffer &buffer,
+                                   Clock::time_point firstByte, Clock::time_point latest)
     {
         if (buffer.size() == 0) {
-            auto [error, size] =
-                co_await self.stream.async_read_some(buffer.prepare(FirstRead), Token);
+            self.link.Until(firstByte);
+            auto [error, size] = co_await self.link.ReadSome(buffer.prepare(FirstRead));
             if (error)
                 co_return false;
             buffer.commit(size);
         }
-        const auto deadline = Clock::now() + options_.requestTime;
-        self.stream.expires_at(deadline);
+        const auto deadline = std::min(Clock::now() + options_.requestTime, latest);
+        Incoming incoming;
+        incoming.request.address = self.link.Address();
+        incoming.request.door = self.door;
+        incoming.request.deadline = deadline;
+        const ReadResult read = co_await ReadRequest(self.link, buffer, options_.patience,
+                                                     options_.bodyLimit, deadline, incoming);
+        if (read.end == ReadResult::End::Slow)
+            ++metrics_.connectionsSlow;
+        if (read.end == ReadResult::End::Gone || read.end == ReadResult::End::Slow)
+            co_return false;
 
-        http::request_parser<http::string_body> parser;
-        parser.header_limit(HeaderLimit);
-        parser.body_limit(options_.bodyLimit);
-        auto [error, headSize] =
-            co_await http::async_read_header(self.stream, buffer, parser, Token);
-        if (!error && beast::iequals(parser.get()[http::field::expect], "100-continue")) {
-            http::response<http::empty_body> goAhead(http::status::continue_, 11);
-            auto [writeError, size] = co_await http::async_write(self.stream, goAhead, Token);
-            error = writeError;
-        }
-        if (!error) {
-            auto [bodyError, size] = co_await http::async_read(self.stream, buffer, parser, Token);
-            error = bodyError;
-        }
-        if (error)
-            co_return co_await RefuseBroken(self, error);
-
-        waiting_.splice(answering_.end(), waiting_, peer);
-        const bool keepAlive = co_await Answer(self, parser.get(), deadline);
-        waiting_.splice(waiting_.end(), answering_, peer);
+        answering_.splice(answering_.end(), *self.rest, peer);
+        CountConnections();
+        bool keepAlive = false;
+        if (read.end == ReadResult::End::Refused)
+            co_await RefuseAndDiscard(self, read.why, incoming.request);
+        else if (stopping_)
+            co_await Write(self, handler_.Refuse(Broken::Stopping, incoming.request), deadline,
+                           false, !incoming.isHead);
+        else
+            keepAlive = co_await Answer(self, incoming);
+        self.rest->splice(self.rest->end(), answering_, peer);
+        CountConnections();
         co_return keepAlive;
-    }
-
-    asio::awaitable<bool> RefuseBroken(Peer &self, const boost::system::error_code &error)
-    {
-        if (error == http::error::body_limit || error == http::error::header_limit ||
-            error == http::error::buffer_overflow)
-            co_await RefuseAndDiscard(self, Broken::TooLarge);
-        else if (error != http::error::end_of_stream && error != http::error::partial_message &&
-                 error.category() == http::make_error_code(http::error::end_of_stream).category())
-            co_await RefuseAndDiscard(self, Broken::Malformed);
-        co_return false;
     }
 
     /// Closing a connection with unread bytes would reset it, and the client would never read
     /// why: what it still sends is taken in for a moment and thrown away.
-    asio::awaitable<void> RefuseAndDiscard(Peer &self, Broken what)
+    asio::awaitable<void> RefuseAndDiscard(Peer &self, Broken why, const Request &request)
     {
-        co_await Write(self, handler_.Refuse(what), false, true);
-        boost::system::error_code ignored;
-        self.stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
-        self.stream.expires_after(DiscardTime);
+        co_await Write(self, handler_.Refuse(why, request), Clock::now() + DiscardTime, false,
+                       true);
+        self.link.Until(Clock::now() + DiscardTime);
+        co_await self.link.EndWriting();
         std::array<char, FirstRead> scrap;
         for (std::size_t left = DiscardLimit; left > 0;) {
-            auto [error, size] = co_await self.stream.async_read_some(asio::buffer(scrap), Token);
+            auto [error, size] = co_await self.link.ReadSome(asio::buffer(scrap));
             if (error)
                 break;
             left -= std::min(left, size);
@@ -234,78 +288,78 @@ private:
 
     // --- Requests ------------------------------------------------------------------------------
 
-    asio::awaitable<bool> Answer(Peer &self, const http::request<http::string_body> &message,
-                                 Clock::time_point deadline)
+    asio::awaitable<bool> Answer(Peer &self, Incoming &incoming)
     {
+        Request &request = incoming.request;
         self.abandoned = std::make_shared<std::atomic<bool>>(false);
-        Request request;
-        request.method = ToBytes(message.method_string());
-        request.path = ToBytes(message.target());
-        if (const qsizetype query = request.path.indexOf('?'); query >= 0)
-            request.path.truncate(query);
-        request.authorization = ToBytes(message[http::field::authorization]);
-        request.contentType = ToBytes(message[http::field::content_type]);
-        request.accept = ToBytes(message[http::field::accept]);
-        request.idempotencyKey = ToBytes(message["Idempotency-Key"]);
-        request.body = QByteArray::fromRawData(message.body().data(),
-                                               static_cast<qsizetype>(message.body().size()));
-        request.deadline = deadline;
         request.abandoned = self.abandoned;
-
         Response response;
         const Lane lane = handler_.LaneOf(request);
         if (lane == Lane::Inline) {
             response = handler_.Handle(request);
         } else {
-            WatchForHangUp(self);
+            WatchForHangUps();
+            ++handling_;
             response = co_await asio::co_spawn(
-                lane == Lane::Read ? readers_.get_executor() : writers_.get_executor(),
+                PoolOf(lane).get_executor(),
                 [this, &request]() -> asio::awaitable<Response> {
-                    co_return handler_.Handle(request);
+                    Response made = handler_.Handle(request);
+                    HandlerDone();
+                    co_return made;
                 },
                 asio::use_awaitable);
-            boost::system::error_code ignored;
-            self.stream.socket().cancel(ignored);
         }
-        const bool keepAlive = message.keep_alive() && !stopping_;
-        const bool isHead = message.method() == http::verb::head;
-        co_return co_await Write(self, response, keepAlive, !isHead) && keepAlive;
+        if (response.known)
+            self.rest = &known_;
+        const bool keepAlive = incoming.keepAlive && !stopping_;
+        co_return co_await Write(self, response, request.deadline, keepAlive, !incoming.isHead) &&
+            keepAlive;
+    }
+
+    asio::thread_pool &PoolOf(Lane lane)
+    {
+        return lane == Lane::Write ? writers_ : lane == Lane::Probe ? prober_ : readers_;
     }
 
     /// A query whose client has gone need not go on. Bytes that arrive meanwhile (the next
-    /// request, sent early) are none of its business and end the watch.
-    static void WatchForHangUp(Peer &self)
+    /// request, sent early; the good-bye of TLS) do not say so, the state of the connection does.
+    void WatchForHangUps()
     {
-        tcp::socket &socket = self.stream.socket();
-        socket.async_wait(tcp::socket::wait_read,
-                          [&socket, abandoned = self.abandoned](auto error) {
-                              if (error)
-                                  return;
-                              boost::system::error_code failure;
-                              if (socket.available(failure) == 0 || failure)
-                                  *abandoned = true;
-                          });
+        if (std::exchange(watching_, true))
+            return;
+        asio::co_spawn(context_, Watch(), asio::detached);
     }
 
-    asio::awaitable<bool> Write(Peer &self, Response response, bool keepAlive, bool withBody)
+    asio::awaitable<void> Watch()
     {
-        http::response<http::span_body<const char>> message(
-            static_cast<http::status>(response.status), 11);
-        if (!response.contentType.isEmpty())
-            message.set(http::field::content_type, response.contentType.toStdString());
-        if (response.status == 401)
-            message.set(http::field::www_authenticate, "Basic realm=\"qel\", charset=\"UTF-8\"");
-        message.set(http::field::cache_control, "no-store");
-        message.keep_alive(keepAlive);
-        if (withBody)
-            message.body() = {response.body.constData(),
-                              static_cast<std::size_t>(response.body.size())};
-        message.content_length(static_cast<std::size_t>(response.body.size()));
-        http::response_serializer<http::span_body<const char>> serializer(message);
-        auto [error, size] =
-            withBody ? co_await http::async_write(self.stream, serializer, Token)
-                     : co_await http::async_write_header(self.stream, serializer, Token);
-        co_return !error;
+        asio::steady_timer pause(context_);
+        while (!answering_.empty()) {
+            pause.expires_after(HangUpCheck);
+            co_await pause.async_wait(Token);
+            for (Peer &peer : answering_)
+                if (peer.abandoned && peer.link.HasHungUp())
+                    *peer.abandoned = true;
+        }
+        watching_ = false;
+    }
+
+    asio::awaitable<bool> Write(Peer &self, const Response &response, Clock::time_point deadline,
+                                bool keepAlive, bool withBody)
+    {
+        QByteArray head = HeadOf(response, keepAlive, self.link.IsSecure());
+        const bool together = withBody && response.body.size() <= SmallBody;
+        if (together)
+            head += response.body;
+        const Pace pace(options_.patience, deadline);
+        const auto bytesOf = [](const QByteArray &bytes) {
+            return asio::const_buffer(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        };
+        bool written = co_await WriteAll(self.link, bytesOf(head), pace);
+        if (written && withBody && !together)
+            written = co_await WriteAll(self.link, bytesOf(response.body), pace);
+        if (!written)
+            ++metrics_.answersNotTaken;
+        co_return written;
     }
 
     // --- Stopping ------------------------------------------------------------------------------
@@ -315,43 +369,79 @@ private:
         if (stopping_)
             return;
         stopping_ = true;
+        NotifyServiceManager("STOPPING=1");
+        handler_.BeginStop(Clock::now() + options_.drainTime - LastWords);
         boost::system::error_code ignored;
         acceptor_.close(ignored);
-        signals_.cancel(ignored);
-        for (Peer &peer : waiting_)
-            peer.stream.close();
-        drain_.expires_after(options_.drainTime);
+        metricsAcceptor_.close(ignored);
+        stopSignals_.cancel(ignored);
+        reloadSignals_.cancel(ignored);
+        drain_.expires_after(options_.drainTime - LastWait);
         drain_.async_wait([this](auto error) {
             if (error)
                 return;
             for (Peer &peer : answering_)
-                *peer.abandoned = true;
+                if (peer.abandoned)
+                    *peer.abandoned = true;
             context_.stop();
         });
         StopWhenDrained();
     }
 
+    /// While something runs, kept connections are still told that the server is being stopped.
     void StopWhenDrained()
     {
-        if (stopping_ && waiting_.empty() && answering_.empty())
-            drain_.cancel();
+        if (!stopping_ || !answering_.empty())
+            return;
+        for (Peers *peers : {&strangers_, &known_})
+            for (Peer &peer : *peers)
+                peer.link.Close();
+        drain_.cancel();
+    }
+
+    void HandlerDone()
+    {
+        const std::lock_guard lock(handlingLock_);
+        --handling_;
+        handlingChanged_.notify_one();
+    }
+
+    /// A handler that does not end, because the database does not answer it, must not keep the
+    /// process: what it has not committed is undone, as after a power cut.
+    void EndLateHandlers()
+    {
+        std::unique_lock lock(handlingLock_);
+        if (handlingChanged_.wait_for(lock, LastWait, [this] { return handling_ == 0; }))
+            return;
+        WriteEvent("stopped with requests running", QString());
+        std::_Exit(EXIT_SUCCESS);
     }
 
     ServerOptions options_;
     Handler &handler_;
+    Metrics &metrics_;
+    std::shared_ptr<asio::ssl::context> tls_; ///< for the next connection; null: without TLS
     asio::io_context context_{1};
     tcp::acceptor acceptor_;
-    asio::signal_set signals_;
+    tcp::acceptor metricsAcceptor_;
+    asio::signal_set stopSignals_;
+    asio::signal_set reloadSignals_;
     asio::steady_timer drain_;
-    Peers waiting_;   ///< without a whole request; the longest waiting first
+    Peers strangers_; ///< without a whole request or a good credential; longest waiting first
+    Peers known_;     ///< between the requests of somebody with a good credential
     Peers answering_; ///< whose request is being answered
     bool stopping_ = false;
-    asio::thread_pool readers_; // last: their threads end before what they use does
+    bool watching_ = false;
+    std::mutex handlingLock_;
+    std::condition_variable handlingChanged_;
+    std::atomic<int> handling_ = 0; ///< requests on the threads below
+    asio::thread_pool readers_;     // last: their threads end before what they use does
     asio::thread_pool writers_;
+    asio::thread_pool prober_;
 };
 
-HttpServer::HttpServer(const ServerOptions &options, Handler &handler)
-    : d_(std::make_unique<Impl>(options, handler))
+HttpServer::HttpServer(const ServerOptions &options, Handler &handler, Metrics &metrics)
+    : d_(std::make_unique<Impl>(options, handler, metrics))
 {
 }
 
@@ -360,6 +450,11 @@ HttpServer::~HttpServer() = default;
 quint16 HttpServer::Port() const
 {
     return d_->Port();
+}
+
+quint16 HttpServer::MetricsPort() const
+{
+    return d_->MetricsPort();
 }
 
 void HttpServer::Run()

@@ -5,6 +5,8 @@
 #include "store/QueryRunner.h"
 #include "wire/Wire.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <iterator>
 
@@ -21,13 +23,22 @@ struct CodeStatus
 };
 
 constexpr CodeStatus Statuses[] = {
-    {"auth.refused", 401},    {"auth.required", 401},  {"http.method", 405},
-    {"http.not_found", 404},  {"http.too_large", 413}, {"http.type", 415},
-    {"post.key_reused", 409}, {"post.not_done", 503},  {"post.operator", 403},
-    {"post.scope", 403},      {"post.unknown", 500},   {"post.unknown_method", 404},
-    {"query.too_large", 422}, {"server.failure", 500}, {"sql.scope", 403},
+    {"auth.refused", 401},          {"auth.required", 401},       {"auth.too_many", 429},
+    {"http.header_too_large", 431}, {"http.method", 405},         {"http.not_found", 404},
+    {"http.too_large", 413},        {"http.type", 415},           {"post.key_reused", 409},
+    {"post.not_done", 503},         {"post.operator", 403},       {"post.scope", 403},
+    {"post.unknown", 500},          {"post.unknown_method", 404}, {"query.too_large", 422},
+    {"server.failure", 500},        {"server.stopping", 503},     {"sql.scope", 403},
     {"sql.timeout", 504},
 };
+
+/// Databases repeat values in their messages: in single quotes, or in double ones after a colon.
+QString WithoutValues(QString message)
+{
+    static const QRegularExpression single(u"'[^']*'"_s);
+    static const QRegularExpression afterColon(u": *\"[^\"]*\""_s);
+    return message.replace(single, u"'?'"_s).replace(afterColon, u": \"?\""_s);
+}
 
 } // namespace
 
@@ -41,21 +52,22 @@ int StatusOf(const QByteArray &code)
 Failure Explain(const std::exception_ptr &failure, const QString &reference)
 {
     const auto unexpected = [&](const QString &detail) {
-        return Failure{"server.failure", u"服务器处理失败，编号 %1。"_s.arg(reference), detail};
+        return Failure{"server.failure", u"服务器处理失败，编号 %1。"_s.arg(reference),
+                       WithoutValues(detail)};
     };
     try {
         std::rethrow_exception(failure);
     } catch (const EProblem &error) {
-        return {error.Code(), error.Message(), {}};
+        return {error.Code(), error.Message(), {}, error.RetryAfter()};
     } catch (const Sql::ESqlError &error) {
         return {QByteArray::fromStdString(error.Code()), error.Message(), {}};
     } catch (const Managers::EPostError &error) {
-        return {error.Code(), error.Message(), error.Detail()};
+        return {error.Code(), error.Message(), WithoutValues(error.Detail())};
     } catch (const Store::EQueryTooLarge &error) {
         return {"query.too_large", error.Message(), {}};
     } catch (const Store::EStoreError &error) {
         if (error.WhichKind() == Store::EStoreError::Kind::Stopped)
-            return {"sql.timeout", u"查询超时，已中止，请缩小查询范围。"_s, error.Message()};
+            return {"sql.timeout", u"查询超时，已中止，请缩小查询范围。"_s, {}};
         return unexpected(error.Message());
     } catch (const Wire::EWireError &error) {
         return {"http.bad_request", error.Message(), {}};

@@ -14,16 +14,20 @@ namespace Qel::Http {
 class EProblem : public EQelError
 {
 public:
-    EProblem(const QByteArray &code, const QString &message)
+    /// `retryAfter`: seconds after which the request may be tried again; 0: that would not help.
+    EProblem(const QByteArray &code, const QString &message, int retryAfter = 0)
         : EQelError(message)
         , code_(code)
+        , retryAfter_(retryAfter)
     {
     }
 
     const QByteArray &Code() const { return code_; }
+    int RetryAfter() const { return retryAfter_; }
 
 private:
     QByteArray code_;
+    int retryAfter_;
 };
 
 /// The HTTP status of an error code: 400 unless the table says otherwise.
@@ -34,7 +38,10 @@ struct Failure
 {
     QByteArray code;
     QString message;
-    QString detail; ///< for the log; empty: the message says it all
+    /// For the log: of a failure of the server's own. What a client did wrong is told by the code;
+    /// the message may repeat what it sent, which no log keeps.
+    QString detail;
+    int retryAfter = 0; ///< as EProblem has it
 };
 
 /// `reference` stands in the message where the client is told nothing else.

@@ -3,8 +3,10 @@
 #include <QDateTime>
 #include <QRandomGenerator>
 
+#include <atomic>
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 namespace Qel::Http {
 
@@ -12,42 +14,107 @@ namespace {
 
 constexpr qsizetype LongestText = 4'000;
 
-/// In quotes, on one line.
+std::atomic<LogFormat> TheFormat = LogFormat::Text;
+
+/// In quotes, on one line, without anything that a terminal would obey. The same in both formats:
+/// a JSON string.
 QByteArray Quoted(const QString &text)
 {
-    QByteArray quoted = text.left(LongestText).toUtf8();
-    quoted.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n").replace('\r', "\\r");
-    return '"' + quoted + '"';
+    QByteArray quoted = "\"";
+    for (const char c : text.left(LongestText).toUtf8()) {
+        if (c == '"' || c == '\\')
+            quoted += '\\';
+        if ((c >= '\0' && c < ' ') || c == '\x7f')
+            quoted += "\\u00" + QByteArray(1, c).toHex();
+        else
+            quoted += c;
+    }
+    return quoted + '"';
 }
+
+/// One line, pair by pair.
+class Line
+{
+public:
+    Line()
+        : json_(TheFormat == LogFormat::Json)
+    {
+        const QDateTime now = QDateTime::currentDateTime();
+        const QByteArray time = now.toOffsetFromUtc(now.offsetFromUtc())
+                                    .toString(Qt::ISODateWithMs) // with the offset
+                                    .toLatin1();
+        text_ = json_ ? "{\"time\":\"" + time + '"' : time;
+    }
+
+    void Add(const char *name, const QByteArray &value)
+    {
+        text_ += json_ ? ",\"" + QByteArray(name) + "\":" : ' ' + QByteArray(name) + '=';
+        text_ += value;
+    }
+    void Number(const char *name, qint64 value) { Add(name, QByteArray::number(value)); }
+    /// Only if there is something to say.
+    void Text(const char *name, const QString &text)
+    {
+        if (!text.isEmpty())
+            Add(name, Quoted(text));
+    }
+    void Text(const char *name, const QByteArray &text) { Text(name, QString::fromUtf8(text)); }
+    /// Letters and digits, which need no quotes for a person.
+    void Word(const char *name, const QByteArray &word)
+    {
+        if (!word.isEmpty())
+            Add(name, json_ ? '"' + word + '"' : word);
+    }
+
+    void Write()
+    {
+        text_ += json_ ? "}\n" : "\n";
+        static std::mutex oneLine;
+        const std::lock_guard lock(oneLine);
+        std::fwrite(text_.constData(), 1, static_cast<std::size_t>(text_.size()), stderr);
+    }
+
+private:
+    bool json_;
+    QByteArray text_;
+};
 
 } // namespace
 
+void SetLogFormat(LogFormat format)
+{
+    TheFormat = format;
+}
+
 void WriteLog(const LogEntry &entry)
 {
-    QByteArray line = QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toLatin1();
-    const auto add = [&line](const char *name, const QByteArray &value) {
-        if (!value.isEmpty())
-            line += ' ' + QByteArray(name) + '=' + value;
-    };
-    const auto addText = [&](const char *name, const QString &text) {
-        add(name, text.isEmpty() ? QByteArray() : Quoted(text));
-    };
-    add("ref", entry.reference.toLatin1());
-    addText("request", QString::fromUtf8(entry.method + ' ' + entry.path));
-    add("status", QByteArray::number(entry.status));
-    add("us", QByteArray::number(static_cast<qint64>(entry.took.count())));
-    addText("user", entry.user);
-    addText("what", entry.what);
-    add("rows", entry.rows < 0 ? QByteArray() : QByteArray::number(entry.rows));
-    add("bytes", QByteArray::number(entry.bytes));
-    add("code", entry.code);
-    addText("detail", entry.detail);
-    addText("statement", entry.statement);
-    line += '\n';
+    Line line;
+    line.Word("ref", entry.reference.toLatin1());
+    line.Text("address", entry.address);
+    line.Text("request", QByteArray(entry.method + ' ' + entry.path).trimmed());
+    line.Number("status", entry.status);
+    line.Number("us", static_cast<qint64>(entry.took.count()));
+    line.Text("user", entry.user);
+    line.Text("what", entry.what);
+    line.Word("hash", entry.hash);
+    line.Word("tables", entry.tables);
+    if (entry.rows >= 0)
+        line.Number("rows", entry.rows);
+    if (entry.received >= 0)
+        line.Number("received", entry.received);
+    line.Number("bytes", entry.bytes);
+    line.Text("code", entry.code);
+    line.Text("detail", entry.detail);
+    line.Text("statement", entry.statement);
+    line.Write();
+}
 
-    static std::mutex oneLine;
-    const std::lock_guard lock(oneLine);
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+void WriteEvent(const char *event, const QString &detail)
+{
+    Line line;
+    line.Text("event", QByteArray(event));
+    line.Text("detail", detail);
+    line.Write();
 }
 
 QString NewReference()

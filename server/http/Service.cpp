@@ -1,8 +1,11 @@
 #include "http/Service.h"
 
+#include "http/Metrics.h"
 #include "http/Negotiation.h"
 #include "http/Problem.h"
 #include "managers/PostRunner.h"
+#include "sql/WithoutLiterals.h"
+#include "store/Schema.h"
 
 #include <QScopeGuard>
 
@@ -14,10 +17,13 @@ namespace Qel::Http {
 
 struct Service::Route
 {
+    QByteArray name; ///< in the figures
     QByteArray method;
     QByteArray path;
+    QList<Door> doors; ///< where it is answered
     Lane lane;
     Response (Service::*handle)(const Request &, LogEntry &);
+    bool written = true; ///< in the log, if all is well: what is asked each second is not
 };
 
 /// One reading connection with what it keeps prepared.
@@ -44,15 +50,20 @@ public:
         if (service_.readers_.empty()) {
             reader_ =
                 std::make_unique<Reader>(service_.database_.OpenReader(), service_.options_.limits);
+            ++service_.metrics_.readersOpen;
         } else {
             reader_ = std::move(service_.readers_.back());
             service_.readers_.pop_back();
         }
+        ++service_.metrics_.readersBusy;
     }
     ~ReaderLease()
     {
-        if (!reader_->connection->IsAtRest())
+        --service_.metrics_.readersBusy;
+        if (!reader_->connection->IsAtRest()) {
+            --service_.metrics_.readersOpen;
             return; // it broke
+        }
         const std::lock_guard lock(service_.readersLock_);
         service_.readers_.push_back(std::move(reader_));
     }
@@ -65,20 +76,18 @@ private:
     std::unique_ptr<Reader> reader_;
 };
 
-namespace {
-
-/// Ends the statements of a scope at the request's deadline, at the statement's own, or when
-/// nobody waits for the answer any more.
-class StatementLimit
+/// Ends the statements of a scope at the request's deadline, at the statement's own, when the
+/// server's time is up, or when nobody waits for the answer any more.
+class Service::StatementLimit
 {
 public:
-    StatementLimit(Store::Connection &connection, const Request &request,
-                   std::chrono::milliseconds time)
+    StatementLimit(const Service &service, Store::Connection &connection, const Request &request)
         : connection_(connection)
     {
-        const auto deadline = std::min(request.deadline, Clock::now() + time);
-        connection_.StopWhen([deadline, abandoned = request.abandoned] {
-            return (abandoned && *abandoned) || Clock::now() > deadline;
+        const auto deadline =
+            std::min(request.deadline, Clock::now() + service.options_.statementTime);
+        connection_.StopWhen([deadline, abandoned = request.abandoned, &stopBy = service.stopBy_] {
+            return (abandoned && *abandoned) || Clock::now() > std::min(deadline, stopBy.load());
         });
     }
     ~StatementLimit() { connection_.StopWhen({}); }
@@ -87,6 +96,8 @@ public:
 private:
     Store::Connection &connection_;
 };
+
+namespace {
 
 Wire::Format RequestFormat(const Request &request)
 {
@@ -112,25 +123,63 @@ void CheckKey(const QByteArray &key)
         throw EProblem("http.bad_request", u"Idempotency-Key 应为至多 64 个可见 ASCII 字符。"_s);
 }
 
+constexpr int StopRetry = 2; ///< seconds; until then another server, or this one anew, answers
+
+LogEntry NewEntry(const Request &request, const QByteArray &address)
+{
+    LogEntry log;
+    log.reference = NewReference();
+    log.address = address;
+    log.method = request.method.left(16);
+    log.path = request.path.left(200);
+    return log;
+}
+
+QByteArray Joined(const std::vector<std::string> &tables)
+{
+    QByteArray joined;
+    for (const std::string &table : tables)
+        joined += (joined.isEmpty() ? "" : ",") + QByteArray::fromStdString(table);
+    return joined;
+}
+
+/// The answer is made: what log and figures know of it.
+void Count(Metrics &metrics, LogEntry &log, const QByteArray &route, const Response &response,
+           Clock::time_point begin)
+{
+    log.status = response.status;
+    log.bytes = response.body.size();
+    log.took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin);
+    metrics.Count({route, log.status, log.took, std::max<qint64>(log.rows, 0), log.bytes});
+}
+
 } // namespace
 
-Service::Service(Store::Database &database, const ServiceOptions &options)
+Service::Service(Store::Database &database, const ServiceOptions &options, Metrics &metrics)
     : database_(database)
     , options_(options)
+    , metrics_(metrics)
     , writers_(database)
     , sweeper_(writers_)
+    , readiness_([this] { CheckDatabase(); })
 {
+    metrics_.writersMost = writers_.Size();
 }
 
 Service::~Service() = default;
 
 const std::vector<Service::Route> &Service::Routes()
 {
+    const QList<Door> clients{Door::Clients};
+    const QList<Door> metrics{Door::Metrics};
+    const QList<Door> both{Door::Clients, Door::Metrics};
     static const std::vector<Route> routes{
-        {"POST", "/NorvaneSelectServlet", Lane::Read, &Service::Query},
-        {"POST", "/NorvaneServlet", Lane::Write, &Service::Post},
-        {"GET", "/session", Lane::Read, &Service::Session},
-        {"GET", "/healthz", Lane::Inline, &Service::Health},
+        {"query", "POST", "/NorvaneSelectServlet", clients, Lane::Read, &Service::Query},
+        {"post", "POST", "/NorvaneServlet", clients, Lane::Write, &Service::Post},
+        {"session", "GET", "/session", clients, Lane::Read, &Service::Session},
+        {"healthz", "GET", "/healthz", both, Lane::Inline, &Service::Health, false},
+        {"readyz", "GET", "/readyz", both, Lane::Probe, &Service::Ready, false},
+        {"metrics", "GET", "/metrics", metrics, Lane::Inline, &Service::Figures, false},
     };
     return routes;
 }
@@ -138,11 +187,12 @@ const std::vector<Service::Route> &Service::Routes()
 /// By path alone; null: there is nothing there.
 const Service::Route *Service::FindRoute(const Request &request) const
 {
-    if (!request.path.startsWith(options_.basePath))
+    const QByteArray base = request.door == Door::Clients ? options_.basePath : QByteArray();
+    if (!request.path.startsWith(base))
         return nullptr;
-    const QByteArrayView path = QByteArrayView(request.path).sliced(options_.basePath.size());
+    const QByteArrayView path = QByteArrayView(request.path).sliced(base.size());
     for (const Route &route : Routes())
-        if (path == route.path)
+        if (path == route.path && route.doors.contains(request.door))
             return &route;
     return nullptr;
 }
@@ -156,13 +206,12 @@ Lane Service::LaneOf(const Request &request) const
 Response Service::Handle(const Request &request) noexcept
 {
     const auto begin = Clock::now();
-    LogEntry log;
-    log.reference = NewReference();
-    log.method = request.method.left(16);
-    log.path = request.path.left(200);
+    ++metrics_.requestsHandling;
+    LogEntry log = NewEntry(request, ClientAddress(request, options_.trustedProxies));
+    log.received = request.body.size();
+    const Route *route = FindRoute(request);
     Response response;
     try {
-        const Route *route = FindRoute(request);
         if (!route)
             throw EProblem("http.not_found", u"服务器没有这个地址。"_s);
         if (route->method != request.method)
@@ -172,48 +221,78 @@ Response Service::Handle(const Request &request) noexcept
     } catch (...) {
         response = Failed(std::current_exception(), request, log);
     }
-    log.status = response.status;
-    log.bytes = response.body.size();
-    log.took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin);
+    response.known = !log.user.isEmpty();
+    --metrics_.requestsHandling;
+    Count(metrics_, log, route ? route->name : "other", response, begin);
+    if (!route || route->written || response.status != 200)
+        WriteLog(log);
+    return response;
+}
+
+Response Service::Refuse(Broken what, const Request &request) noexcept
+{
+    const auto problem = [what] {
+        switch (what) {
+        case Broken::TooLarge:
+            return EProblem("http.too_large", u"请求过大。"_s);
+        case Broken::HeaderTooLarge:
+            return EProblem("http.header_too_large", u"请求头过大。"_s);
+        case Broken::Stopping:
+            return EProblem("server.stopping", u"服务器正在停止，请稍后再试。"_s, StopRetry);
+        case Broken::Malformed:
+            break;
+        }
+        return EProblem("http.bad_request", u"不是有效的 HTTP 请求。"_s);
+    }();
+    LogEntry log = NewEntry(request, ClientAddress(request, options_.trustedProxies));
+    Response response = Failed(std::make_exception_ptr(problem), request, log);
+    Count(metrics_, log, "refused", response, Clock::now());
     WriteLog(log);
     return response;
 }
 
-Response Service::Refuse(Broken what) noexcept
+void Service::BeginStop(Clock::time_point latest) noexcept
 {
-    LogEntry log;
-    log.reference = NewReference();
-    const bool tooLarge = what == Broken::TooLarge;
-    const auto problem = tooLarge ? EProblem("http.too_large", u"请求过大。"_s)
-                                  : EProblem("http.bad_request", u"不是有效的 HTTP 请求。"_s);
-    Response response = Failed(std::make_exception_ptr(problem), Request(), log);
-    log.status = response.status;
-    WriteLog(log);
-    return response;
+    stopBy_ = latest;
 }
 
 Response Service::Failed(const std::exception_ptr &failure, const Request &request,
                          LogEntry &log) const
 {
-    const Failure explained = Explain(failure, log.reference);
+    Failure explained = Explain(failure, log.reference);
+    if (explained.code == "sql.timeout" && Clock::now() > stopBy_.load())
+        explained = {"server.stopping", u"服务器正在停止，请稍后再试。"_s, {}, StopRetry};
     log.code = explained.code;
-    log.detail = explained.detail.isEmpty() ? explained.message : explained.detail;
+    log.detail = explained.detail;
     const Wire::Format format = AnswerFormat(request);
-    return {StatusOf(explained.code), MediaTypeOf(format),
-            Wire::Encode(Wire::ErrorAnswer{QString::fromLatin1(explained.code), explained.message,
-                                           log.reference},
-                         format)};
+    Response response{StatusOf(explained.code), MediaTypeOf(format),
+                      Wire::Encode(Wire::ErrorAnswer{QString::fromLatin1(explained.code),
+                                                     explained.message, log.reference},
+                                   format)};
+    if (explained.retryAfter > 0)
+        response.headers.append({"Retry-After", QByteArray::number(explained.retryAfter)});
+    return response;
 }
 
 Store::Operator Service::Authenticate(Store::Connection &connection, const Request &request,
-                                      LogEntry &log) const
+                                      LogEntry &log)
 {
     const auto credential = ParseBasic(request.authorization);
     if (!credential)
         throw EProblem("auth.required", u"请求没有带上用户凭据。"_s);
+    const QByteArray from = LoginAddress(log.address);
+    if (const auto wait = logins_.Refuses(from, request.authorization)) {
+        ++metrics_.loginsBlocked;
+        throw EProblem("auth.too_many", u"登录失败次数过多，请 %1 秒后再试。"_s.arg(wait->count()),
+                       static_cast<int>(wait->count()));
+    }
     auto user = Store::FindOperator(connection, credential->userCode, credential->token);
-    if (!user)
+    if (!user) {
+        ++metrics_.loginsFailed;
+        logins_.Failed(from, request.authorization);
         throw EProblem("auth.refused", u"用户凭据无效。"_s);
+    }
+    logins_.Succeeded(request.authorization);
     log.user = user->userCode;
     return *std::move(user);
 }
@@ -221,10 +300,13 @@ Store::Operator Service::Authenticate(Store::Connection &connection, const Reque
 Response Service::Query(const Request &request, LogEntry &log)
 {
     const ReaderLease reader(*this);
-    const StatementLimit limit(*reader->connection, request, options_.statementTime);
+    const StatementLimit limit(*this, *reader->connection, request);
     const Store::Operator user = Authenticate(*reader->connection, request, log);
     const auto query = Wire::DecodeQueryRequest(request.body, RequestFormat(request));
-    auto logStatement = qScopeGuard([&] { log.statement = query.sql; });
+    log.hash = Store::StatementHash(query.sql);
+    const auto logTables = qScopeGuard([&] { log.tables = Joined(reader->queries.LastTables()); });
+    auto logStatement =
+        qScopeGuard([&] { log.statement = Sql::WithoutLiterals(query.sql.toUtf8()); });
     const auto result = reader->queries.Run(query.sql, query.page, query.pageSize, user.unions);
     Response response =
         Encoded(Wire::QueryAnswer{result.total, RowSet::Load(result.block)}, AnswerFormat(request));
@@ -236,7 +318,8 @@ Response Service::Query(const Request &request, LogEntry &log)
 Response Service::Post(const Request &request, LogEntry &log)
 {
     // No client hang-up ends a post: it is stored whole, and its answer waits under its key.
-    const auto deadline = std::min(request.deadline, Clock::now() + options_.statementTime);
+    const auto deadline =
+        std::min({request.deadline, Clock::now() + options_.statementTime, stopBy_.load()});
     Store::Operator user;
     writers_.Run(deadline, [&](Store::Connection &connection) {
         user = Authenticate(connection, request, log);
@@ -247,13 +330,15 @@ Response Service::Post(const Request &request, LogEntry &log)
     log.what = post.request.manager.left(100) + u'/' + post.request.method.left(100);
     const Wire::PostAnswer answer = Managers::SubmitPost(writers_, deadline, user, post);
     log.rows = answer.rows.size();
+    log.code = answer.rows.isEmpty() ? QByteArray() : answer.rows.first().code.toLatin1();
+    metrics_.CountPost(log.code);
     return Encoded(answer, AnswerFormat(request));
 }
 
 Response Service::Session(const Request &request, LogEntry &log)
 {
     const ReaderLease reader(*this);
-    const StatementLimit limit(*reader->connection, request, options_.statementTime);
+    const StatementLimit limit(*this, *reader->connection, request);
     const Store::Operator user = Authenticate(*reader->connection, request, log);
     return Encoded(Wire::SessionAnswer{user.userId, user.userCode, user.userName, user.orgId,
                                        user.orgAbbr, user.orgName, options_.serverName},
@@ -263,6 +348,43 @@ Response Service::Session(const Request &request, LogEntry &log)
 Response Service::Health(const Request &, LogEntry &)
 {
     return {200, "text/plain", "ok\n"};
+}
+
+/// For a load balancer: whether requests sent here will be answered. Not an error answer: it is
+/// no client that asks.
+Response Service::Ready(const Request &, LogEntry &log)
+{
+    if (IsStopping()) {
+        log.code = "server.stopping";
+        return {503, "text/plain", "stopping\n"};
+    }
+    if (const auto trouble = readiness_.Trouble()) {
+        log.code = "server.not_ready";
+        log.detail = *trouble;
+        return {503, "text/plain", "not ready\n"};
+    }
+    return {200, "text/plain", "ready\n"};
+}
+
+Response Service::Figures(const Request &, LogEntry &)
+{
+    return {200, Metrics::ContentType, metrics_.Text()};
+}
+
+/// On the thread of readiness_. A connection that fails is not used again.
+void Service::CheckDatabase()
+{
+    try {
+        if (!probe_)
+            probe_ = database_.OpenReader();
+        const auto deadline = Clock::now() + Readiness::Patience;
+        probe_->StopWhen([deadline] { return Clock::now() > deadline; });
+        if (!Store::HasSchema(*probe_))
+            throw EQelError(u"数据库中没有本系统的表。"_s);
+    } catch (...) {
+        probe_.reset();
+        throw;
+    }
 }
 
 } // namespace Qel::Http

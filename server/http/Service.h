@@ -1,6 +1,9 @@
 #pragma once
 
+#include "http/ClientAddress.h"
+#include "http/LoginGuard.h"
 #include "http/Message.h"
+#include "http/Readiness.h"
 #include "http/RequestLog.h"
 #include "managers/KeptAnswers.h"
 #include "store/Credentials.h"
@@ -8,6 +11,7 @@
 #include "store/QueryRunner.h"
 #include "store/WriterPool.h"
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -15,32 +19,37 @@
 
 namespace Qel::Http {
 
+class Metrics;
+
 struct ServiceOptions
 {
     QByteArray basePath; ///< before the servlets' names: "" or "/platform"
     QString serverName;  ///< shown by clients
     std::chrono::milliseconds statementTime{30'000};
     Store::QueryLimits limits;
+    QList<AddressBlock> trustedProxies = {}; ///< whose word about a client's address counts
 };
 
-/// The application server's routes: queries, posts, who the credential is, and whether the
-/// server is up. Every answer that is not 200 is an error answer with a reference, under which
-/// the log has the whole story.
+/// The application server's routes: queries, posts, who the credential is, whether the server is
+/// up and ready, and what it has done so far. Every answer that is not 200 is an error answer with
+/// a reference, under which the log has the whole story.
 class Service : public Handler
 {
 public:
-    /// `database` must outlive the service.
-    Service(Store::Database &database, const ServiceOptions &options);
+    /// `database` and `metrics` must outlive the service.
+    Service(Store::Database &database, const ServiceOptions &options, Metrics &metrics);
     ~Service() override;
 
     Lane LaneOf(const Request &request) const override;
     Response Handle(const Request &request) noexcept override;
-    Response Refuse(Broken what) noexcept override;
+    Response Refuse(Broken what, const Request &request) noexcept override;
+    void BeginStop(Clock::time_point latest) noexcept override;
 
 private:
     struct Route;
     struct Reader;
     class ReaderLease;
+    class StatementLimit;
 
     static const std::vector<Route> &Routes();
     const Route *FindRoute(const Request &request) const;
@@ -49,17 +58,26 @@ private:
     Response Post(const Request &request, LogEntry &log);
     Response Session(const Request &request, LogEntry &log);
     Response Health(const Request &request, LogEntry &log);
+    Response Ready(const Request &request, LogEntry &log);
+    Response Figures(const Request &request, LogEntry &log);
     Response Failed(const std::exception_ptr &failure, const Request &request, LogEntry &log) const;
 
     Store::Operator Authenticate(Store::Connection &connection, const Request &request,
-                                 LogEntry &log) const;
+                                 LogEntry &log);
+    void CheckDatabase();
+    bool IsStopping() const { return stopBy_.load() != Clock::time_point::max(); }
 
     Store::Database &database_;
     ServiceOptions options_;
+    Metrics &metrics_;
+    LoginGuard logins_;
+    std::atomic<Clock::time_point> stopBy_ = Clock::time_point::max(); ///< for what still runs
     Store::WriterPool writers_;
     Managers::AnswerSweeper sweeper_;
     std::mutex readersLock_;
     std::vector<std::unique_ptr<Reader>> readers_; ///< those at rest; the last used on top
+    std::unique_ptr<Store::Connection> probe_;     ///< on the thread of readiness_ only
+    Readiness readiness_;
 };
 
 } // namespace Qel::Http
