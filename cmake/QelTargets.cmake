@@ -35,11 +35,16 @@ function(qel_library name)
     qel_precompile(${name})
 endfunction()
 
-# qel_test(NAME SOURCES ... LIBS ... [TIMEOUT seconds] [ENV name=value ...]): one Qt Test program,
-# run by CTest without a display. Each XxxTest.cpp includes its own XxxTest.moc. There are many small
-# tests, and for each of them AUTOMOC would start a CMake of its own and compile an empty file.
+# Where the address of the PostgreSQL cluster stands while tests run that need one.
+set(QEL_TEST_POSTGRES "${CMAKE_BINARY_DIR}/postgres.url")
+
+# qel_test(NAME SOURCES ... LIBS ... [TIMEOUT seconds] [ENV name=value ...] [POSTGRES]): one Qt Test
+# program, run by CTest without a display. POSTGRES: run a second time, as NAME.pg, with its
+# databases on PostgreSQL (tests/server/support). Each XxxTest.cpp includes its own XxxTest.moc.
+# There are many small tests, and for each of them AUTOMOC would start a CMake of its own and compile
+# an empty file.
 function(qel_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;ENV" ${ARGN})
+    cmake_parse_arguments(ARG "POSTGRES" "TIMEOUT" "SOURCES;LIBS;ENV" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC OFF AUTOUIC OFF AUTORCC OFF)
     target_include_directories(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/moc")
@@ -56,13 +61,19 @@ function(qel_test name)
     endforeach()
     target_compile_options(${name} PRIVATE ${QEL_TEST_OPTIONS})
     qel_precompile_test(${name})
-    add_test(NAME ${name} COMMAND ${name})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
-    set_tests_properties(${name} PROPERTIES
-        TIMEOUT ${ARG_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Asia/Shanghai;${ARG_ENV}")
+    set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Asia/Shanghai;${ARG_ENV}")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
+    if(ARG_POSTGRES)
+        add_test(NAME ${name}.pg COMMAND ${name})
+        set_tests_properties(${name}.pg PROPERTIES
+            TIMEOUT ${ARG_TIMEOUT}
+            FIXTURES_REQUIRED Postgres
+            ENVIRONMENT "${environment};QEL_TEST_POSTGRES=${QEL_TEST_POSTGRES}")
+    endif()
 endfunction()
 
 # qel_bench(NAME SOURCES ... LIBS ...): one Google Benchmark program.

@@ -5,19 +5,6 @@
 
 namespace Qel::Store {
 
-namespace {
-
-void ExecuteQuietly(Connection &connection, QByteArrayView sql)
-{
-    try {
-        connection.Execute(sql);
-    } catch (const EStoreError &) {
-        // The database has already rolled back by itself (full disk, lost connection).
-    }
-}
-
-} // namespace
-
 void Statement::Bind(int parameter, const QString &text)
 {
     QStringEncoder encoder(QStringEncoder::Utf8);
@@ -91,21 +78,19 @@ bool Connection::Exists(QByteArrayView sql, const Values &values)
 Transaction::Transaction(Connection &connection)
     : connection_(connection)
 {
-    connection_.Execute(connection_.CurrentDialect() == Dialect::Sqlite
-                            ? "BEGIN IMMEDIATE"
-                            : "BEGIN ISOLATION LEVEL SERIALIZABLE");
+    connection_.Begin(Connection::Scope::Write);
 }
 
 Transaction::~Transaction()
 {
     if (open_ && !connection_.IsAtRest())
-        ExecuteQuietly(connection_, "ROLLBACK");
+        connection_.Rollback();
 }
 
 void Transaction::Commit()
 {
     try {
-        connection_.Execute("COMMIT");
+        connection_.Commit();
     } catch (const EStoreError &error) {
         if (error.WhichKind() != EStoreError::Kind::Lost)
             throw;
@@ -117,14 +102,12 @@ void Transaction::Commit()
 Snapshot::Snapshot(Connection &connection)
     : connection_(connection)
 {
-    connection_.Execute(connection_.CurrentDialect() == Dialect::Sqlite
-                            ? "BEGIN"
-                            : "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
+    connection_.Begin(Connection::Scope::Snapshot);
 }
 
 Snapshot::~Snapshot()
 {
-    ExecuteQuietly(connection_, "ROLLBACK"); // nothing was changed
+    connection_.Rollback(); // nothing was changed
 }
 
 Savepoint::Savepoint(Connection &connection)
@@ -135,8 +118,13 @@ Savepoint::Savepoint(Connection &connection)
 
 Savepoint::~Savepoint()
 {
-    if (open_)
-        ExecuteQuietly(connection_, "ROLLBACK TO part; RELEASE part");
+    if (!open_)
+        return;
+    try {
+        connection_.Execute("ROLLBACK TO part; RELEASE part");
+    } catch (const EStoreError &) {
+        // The database has already rolled back by itself (full disk, lost connection).
+    }
 }
 
 void Savepoint::Keep()

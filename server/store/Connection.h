@@ -104,6 +104,13 @@ public:
     /// Asked now and then while a statement runs; true ends it with Kind::Stopped. Empty: never.
     virtual void StopWhen(std::function<bool()> condition) = 0;
 
+    // For the guards below. A connection that was lost is made anew by the next Begin, or by the
+    // next statement outside of a transaction; what is left of a transaction says Lost again.
+    enum class Scope { Write, Snapshot };
+    virtual void Begin(Scope scope) = 0;
+    virtual void Commit() = 0;
+    virtual void Rollback() noexcept = 0;
+
     // One line a statement, which stays prepared for the next time: a post of many rows prepares
     // each text once. For texts of the program's own, of which there are few.
 

@@ -21,7 +21,9 @@ public:
     /// Can read and nothing else, whatever text it is given; sees the state of the last commit.
     virtual std::unique_ptr<Connection> OpenReader() = 0;
 
-    /// `url`: "sqlite:PATH". The file is made if it is not there. Throws EStoreError.
+    /// `url`: "sqlite:PATH", whose file is made if it is not there, or "postgresql://..." with
+    /// all that libpq reads in it. Nothing is connected yet. Throws EStoreError, which does not
+    /// name the address: it may hold a password.
     static std::unique_ptr<Database> Open(const QString &url);
 };
 

@@ -1,5 +1,8 @@
 #include "store/Schema.h"
 
+#include "store/Clock.h"
+#include "store/Postgres.h"
+
 #include <QFile>
 
 using namespace Qt::StringLiterals;
@@ -30,7 +33,7 @@ QByteArray TypeName(const Sql::Column &column, Dialect dialect)
     case Sql::ColumnType::Integer:
         return sqlite ? "INTEGER" : "BIGINT";
     case Sql::ColumnType::Real:
-        return sqlite ? "REAL" : "NUMERIC";
+        return sqlite ? "REAL" : "DOUBLE PRECISION"; // the same numbers in both
     case Sql::ColumnType::Text:
     case Sql::ColumnType::DateTime:
         break;
@@ -96,6 +99,41 @@ QList<Index> IndexesOf(const Sql::Table &table)
     return indexes;
 }
 
+/// The role belongs to all databases of a PostgreSQL server. Where the owner of this one may not
+/// make it an administrator has to.
+void MakeReaderRole(Connection &connection)
+{
+    const QByteArray role = PostgresReaderRole;
+    try {
+        if (!connection.Exists("SELECT 1 FROM pg_roles WHERE rolname = '" + role + "'"))
+            connection.Execute("CREATE ROLE " + role + " NOLOGIN");
+        if (!connection.Exists("SELECT 1 WHERE pg_has_role('" + role + "', 'MEMBER')"))
+            connection.Execute("GRANT " + role + " TO CURRENT_USER");
+    } catch (const EStoreError &error) {
+        if (error.WhichKind() != EStoreError::Kind::Failure)
+            throw;
+        throw EQelError(u"数据库中缺少只读角色，请管理员执行：CREATE ROLE %1 NOLOGIN; GRANT %1 TO "
+                        "数据库的所有者;（%2）"_s.arg(QString::fromLatin1(role), error.Reason()));
+    }
+}
+
+void GrantReading(Connection &connection)
+{
+    const QByteArray role = PostgresReaderRole;
+    for (const Sql::Table &table : SchemaCatalog().Tables()) {
+        QByteArrayList columns;
+        for (const Sql::Column &column : table.columns) {
+            if (column.readable)
+                columns += QByteArray::fromStdString(column.name);
+        }
+        const bool whole = columns.size() == std::ssize(table.columns);
+        if (!columns.isEmpty())
+            connection.Execute("GRANT SELECT" +
+                               (whole ? QByteArray() : " (" + columns.join(", ") + ')') + " ON " +
+                               QByteArray::fromStdString(table.name) + " TO " + role);
+    }
+}
+
 } // namespace
 
 const Sql::Catalog &SchemaCatalog()
@@ -110,10 +148,23 @@ const Sql::Catalog &SchemaCatalog()
 
 void CreateSchema(Connection &connection)
 {
+    const bool postgres = connection.CurrentDialect() == Dialect::PostgreSql;
     Transaction transaction(connection);
+    if (postgres) {
+        connection.Run("SELECT pg_advisory_xact_lock(hashtext('qel schema'))");
+        if (HasSchema(connection))
+            return; // another server was quicker
+        MakeReaderRole(connection);
+    }
     for (const Sql::Table &table : SchemaCatalog().Tables())
         connection.Execute(CreateTable(table, connection.CurrentDialect()));
+    if (postgres) {
+        connection.Execute(ReadResource(u":/schema/postgresql.sql"_s));
+        GrantReading(connection);
+    }
     CreateIndexes(connection);
+    connection.Run("INSERT INTO SRV_SCHEMA (VERSION, CREATED) VALUES (?1, ?2)",
+                   {qint64(SchemaVersion), Now()});
     transaction.Commit();
 }
 
@@ -135,15 +186,25 @@ void CreateIndexes(Connection &connection)
 
 void UpdateStatistics(Connection &connection)
 {
-    connection.Execute("ANALYZE");
+    if (connection.CurrentDialect() == Dialect::Sqlite) {
+        connection.Execute("ANALYZE");
+        return;
+    }
+    // PostgreSQL keeps its own up to date, but for tables that have just been filled.
+    for (const Sql::Table &table : SchemaCatalog().Tables()) {
+        const QString name = QString::fromStdString(table.name);
+        if (connection.Exists("SELECT 1 FROM pg_class WHERE oid = to_regclass(lower(?1))"
+                              " AND reltuples < 0",
+                              {name}))
+            connection.Execute("ANALYZE " + name.toUtf8());
+    }
 }
 
 bool HasSchema(Connection &connection)
 {
     const QByteArrayView sql = connection.CurrentDialect() == Dialect::Sqlite
                                    ? "SELECT 1 FROM sqlite_master WHERE name = 'USR_USER'"
-                                   : "SELECT 1 FROM information_schema.tables"
-                                     " WHERE table_name = 'usr_user'";
+                                   : "SELECT 1 WHERE to_regclass('usr_user') IS NOT NULL";
     return connection.Exists(sql);
 }
 

@@ -8,8 +8,12 @@ namespace Qel::Store {
 /// server's own: no client reads them.
 const Sql::Catalog &SchemaCatalog();
 
-/// Creates every table and index of the catalogue in the connection's dialect, in one
-/// transaction: all of it or nothing. The database must be empty.
+/// What CreateSchema makes; the newest row of SRV_SCHEMA says what a database has.
+inline constexpr int SchemaVersion = 1;
+
+/// Creates every table, index and function in the connection's dialect, in one transaction: all of
+/// it or nothing. A database that somebody else is just making the same in is waited for. On
+/// PostgreSQL it also grants PostgresReaderRole what clients may read.
 void CreateSchema(Connection &connection);
 
 /// Filling empty tables costs less without their indexes, which are made afterwards in one go. The

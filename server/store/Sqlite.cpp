@@ -217,6 +217,19 @@ public:
 
     void StopWhen(std::function<bool()> condition) override { stop_ = std::move(condition); }
 
+    void Begin(Scope scope) override
+    {
+        Execute(scope == Scope::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+    }
+
+    void Commit() override { Execute("COMMIT"); }
+
+    void Rollback() noexcept override
+    {
+        // It fails where the database has already rolled back by itself (full disk).
+        sqlite3_exec(handle_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+
 private:
     static int ShouldStop(void *self)
     {

@@ -3,6 +3,7 @@
 #include "store/Connection.h"
 #include "store/Credentials.h"
 #include "store/Database.h"
+#include "support/TestPostgres.h"
 
 #include <QTemporaryDir>
 
@@ -10,7 +11,8 @@
 
 namespace Qel {
 
-/// A real database file with the whole schema and a few rows whose meaning the tests know:
+/// A real database, on PostgreSQL if this run of the program is, with the whole schema and a few
+/// rows whose meaning the tests know:
 ///
 ///   users   600001 admin 系统管理员 of 200001; 600002 zhang 张伟 of 200002; 600003 gone (disabled)
 ///   groups  300001 0001, top
@@ -22,10 +24,14 @@ namespace Qel {
 class TestDatabase
 {
 public:
-    TestDatabase();
+    enum class Content {
+        Rows,
+        Tables, ///< empty ones
+    };
 
-    QString Path() const { return directory_.filePath(QStringLiteral("test.sqlite")); }
-    QString Url() const { return QStringLiteral("sqlite:") + Path(); }
+    explicit TestDatabase(Content content = Content::Rows);
+
+    QString Url() const;
     Store::Database &Database() { return *database_; }
     Store::Connection &Connection() { return *connection_; } ///< may write
 
@@ -37,11 +43,8 @@ public:
     static constexpr char AdminToken[] = "0123456789abcdef-admin";
 
 private:
-    void AddUsers();
-    void AddOrganisations();
-    void AddGroups();
-
     QTemporaryDir directory_;
+    std::unique_ptr<TestPostgres> postgres_; ///< null on SQLite
     std::unique_ptr<Store::Database> database_;
     std::unique_ptr<Store::Connection> connection_;
 };

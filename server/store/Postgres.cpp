@@ -1,0 +1,486 @@
+#include "store/Postgres.h"
+
+#include "store/PostgresSession.h"
+#include "store/Sqlite.h"
+
+#include <QHash>
+
+#include <libpq-fe.h>
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Store {
+
+namespace {
+
+/// Of the types whose texts are not what the server hands out; the numbers are the system's own,
+/// the same in every database.
+enum TypeId : Oid { BoolType = 16, Float4Type = 700, Float8Type = 701, NumericType = 1700 };
+
+constexpr std::size_t KeptStatements = 256;
+constexpr qsizetype KeptTextBytes = 4 << 10; ///< longer ones hardly come twice
+constexpr std::size_t UnneededAtOnce = 32;
+
+/// Short statements on many sessions: neither a compiler nor helpers of their own pay.
+constexpr char CommonSetUp[] = "SET standard_conforming_strings = on; SET extra_float_digits = 1;"
+                               "SET jit = off; SET max_parallel_workers_per_gather = 0;"
+                               "SET client_connection_check_interval = '2s'";
+
+/// A statement that the server keeps. Told to be dropped when nobody needs it any more.
+struct Prepared
+{
+    Prepared(QByteArray statementName, QByteArray statementText,
+             std::shared_ptr<std::vector<QByteArray>> names)
+        : name(std::move(statementName))
+        , text(std::move(statementText))
+        , unneeded(std::move(names))
+    {
+    }
+    ~Prepared() { unneeded->push_back(name); }
+    Q_DISABLE_COPY_MOVE(Prepared)
+
+    QByteArray name;
+    QByteArray text;
+    std::shared_ptr<std::vector<QByteArray>> unneeded; ///< of the session that it is kept in
+};
+
+using PreparedPtr = std::shared_ptr<Prepared>;
+
+/// Calls `visit` for every "?1" with the number's place in the text; not in quoted text.
+template <typename Visit>
+void ForEachParameter(QByteArrayView sql, Visit visit)
+{
+    char quote = '\0';
+    for (qsizetype at = 0; at < sql.size(); ++at) {
+        const char c = sql[at];
+        if (quote != '\0')
+            quote = c == quote ? '\0' : quote; // a doubled one closes and opens again
+        else if (c == '\'' || c == '"')
+            quote = c;
+        else if (c == '?')
+            visit(at);
+    }
+}
+
+/// The largest number of a parameter.
+std::size_t ParameterCount(QByteArrayView sql)
+{
+    std::size_t count = 0;
+    ForEachParameter(sql, [&](qsizetype at) {
+        std::size_t number = 0;
+        while (++at < sql.size() && sql[at] >= '0' && sql[at] <= '9')
+            number = number * 10 + static_cast<std::size_t>(sql[at] - '0');
+        count = std::max(count, number);
+    });
+    return count;
+}
+
+class PostgresStatement;
+
+class PostgresConnection : public Connection
+{
+public:
+    enum class Access { Write, Read };
+
+    PostgresConnection(const QByteArray &url, Access access)
+        : access_(access)
+        , session_(url, SetUp(access))
+    {
+        Open();
+    }
+
+    ~PostgresConnection() override { ForgetPrepared(); }
+    Q_DISABLE_COPY_MOVE(PostgresConnection)
+
+    Dialect CurrentDialect() const override { return Dialect::PostgreSql; }
+
+    void Execute(QByteArrayView sql) override
+    {
+        MakeReady();
+        session_.Command(sql.toByteArray(), true);
+    }
+
+    std::unique_ptr<Statement> Prepare(QByteArrayView sql) override;
+
+    std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) override
+    {
+        if (access_ != Access::Read)
+            throw EStoreError(EStoreError::Kind::Failure, u"客户端的查询只能在只读连接上执行。"_s);
+        return Prepare(sql);
+    }
+
+    qint64 ChangedRows() const override { return session_.ChangedRows(); }
+
+    bool IsAtRest() const override { return !inTransaction_ && !session_.IsBroken(); }
+
+    void StopWhen(std::function<bool()> condition) override
+    {
+        session_.StopWhen(std::move(condition));
+    }
+
+    void Begin(Scope scope) override
+    {
+        const QByteArray sql = scope == Scope::Write
+                                   ? "BEGIN ISOLATION LEVEL SERIALIZABLE"
+                                   : "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
+        MakeReady();
+        try {
+            session_.Command(sql, false);
+        } catch (const EStoreError &error) {
+            if (error.WhichKind() != EStoreError::Kind::Lost)
+                throw;
+            Open(); // nothing has been done yet: the same over a new session
+            session_.Command(sql, false);
+        }
+        inTransaction_ = true;
+    }
+
+    void Commit() override
+    {
+        MakeReady();
+        // PostgreSQL answers this one with a quiet ROLLBACK.
+        if (session_.IsInFailedTransaction())
+            throw EStoreError(EStoreError::Kind::Failure, u"事务中已有语句失败，不能提交。"_s);
+        inTransaction_ = false;
+        session_.Command("COMMIT", false);
+    }
+
+    void Rollback() noexcept override
+    {
+        try {
+            MakeReady();
+            inTransaction_ = false;
+            session_.Command("ROLLBACK", false);
+        } catch (const EStoreError &) {
+            inTransaction_ = false; // the session is lost, and the transaction with it
+        }
+    }
+
+    // For its statements.
+
+    /// Before anything is sent: the rest of a result that is being read is taken in, and a session
+    /// that is gone is opened anew, unless a transaction went with it.
+    void MakeReady();
+    PreparedPtr GetPrepared(const QByteArray &sql);
+    void Start(PostgresStatement &statement, const Prepared &prepared,
+               const std::vector<PostgresParameter> &parameters);
+    void Finished(const PostgresStatement &statement)
+    {
+        if (reading_ == &statement)
+            reading_ = nullptr;
+    }
+    PostgresSession &Session() { return session_; }
+    bool MayCancel() const { return access_ == Access::Read || !inTransaction_; }
+
+private:
+    static QByteArray SetUp(Access access)
+    {
+        QByteArray setUp = CommonSetUp;
+        if (access == Access::Read)
+            setUp += QByteArray("; SET default_transaction_read_only = on; SET ROLE ") +
+                     PostgresReaderRole;
+        return setUp;
+    }
+
+    void Open()
+    {
+        prepared_.Clear();
+        unneeded_ = std::make_shared<std::vector<QByteArray>>();
+        session_.Open();
+    }
+
+    void DropUnneeded();
+
+    Access access_;
+    PostgresSession session_;
+    bool inTransaction_ = false;
+    PostgresStatement *reading_ = nullptr; ///< its rows are still arriving
+    std::shared_ptr<std::vector<QByteArray>> unneeded_ =
+        std::make_shared<std::vector<QByteArray>>();
+    LruCache<QByteArray, PreparedPtr> prepared_{KeptStatements};
+    quint64 names_ = 0;
+};
+
+class PostgresStatement : public Statement
+{
+public:
+    PostgresStatement(PostgresConnection &connection, QByteArrayView sql)
+        : connection_(connection)
+        , sql_(NumberedParameters(sql))
+        , parameters_(ParameterCount(sql))
+    {
+        connection_.MakeReady();
+        Prepare();
+    }
+
+    ~PostgresStatement() override { Reset(); }
+    Q_DISABLE_COPY_MOVE(PostgresStatement)
+
+    void Bind(int parameter, QByteArrayView utf8) override
+    {
+        if (utf8.isEmpty())
+            return BindNull(parameter);
+        if (utf8.contains('\0'))
+            throw EStoreError(EStoreError::Kind::BadValue, u"文本含有 NUL 字符。"_s,
+                              u"文本含有 NUL 字符"_s);
+        Place(parameter) = utf8.toByteArray();
+    }
+
+    void BindNull(int parameter) override { Place(parameter).reset(); }
+
+    void BindInt(int parameter, qint64 value) override
+    {
+        Place(parameter) = QByteArray::number(value);
+    }
+
+    bool Step() override
+    {
+        if (!running_) {
+            connection_.MakeReady();
+            if (generation_ != connection_.Session().Generation())
+                Prepare();
+            connection_.Start(*this, *prepared_, parameters_);
+            running_ = true;
+            arriving_ = true;
+        }
+        if (!rest_.empty()) {
+            row_ = std::move(rest_.front());
+            rest_.pop_front();
+        } else if (failure_) {
+            running_ = false;
+            throw *std::exchange(failure_, std::nullopt);
+        } else {
+            row_ = arriving_ ? Next() : nullptr;
+        }
+        if (!row_) {
+            running_ = false;
+            return false;
+        }
+        numbers_.clear();
+        return true;
+    }
+
+    void Reset() override
+    {
+        if (arriving_) {
+            connection_.Session().Abandon(connection_.MayCancel());
+            Arrived();
+        }
+        running_ = false;
+        rest_.clear();
+        failure_.reset();
+        row_.reset();
+    }
+
+    int ColumnCount() const override { return PQnfields(Described()); }
+
+    QString ColumnName(int column) const override
+    {
+        return QString::fromUtf8(PQfname(Described(), column));
+    }
+
+    bool IsNull(int column) const override { return PQgetisnull(row_.get(), 0, column) != 0; }
+
+    QByteArrayView ColumnBytes(int column) override
+    {
+        const QByteArrayView text(PQgetvalue(row_.get(), 0, column),
+                                  PQgetlength(row_.get(), 0, column));
+        switch (PQftype(row_.get(), column)) {
+        case Float4Type:
+        case Float8Type:
+            if (!text.isEmpty())
+                return numbers_[column] = PlainNumber(text.toDouble());
+            return text;
+        case NumericType:
+            return numbers_[column] = PlainNumeric(text);
+        case BoolType:
+            return text.isEmpty() ? text : text == "t" ? "1" : "0";
+        default:
+            return text;
+        }
+    }
+
+    qint64 ColumnInt(int column) override
+    {
+        const QByteArrayView text = ColumnBytes(column);
+        return text.first(text.contains('.') ? text.indexOf('.') : text.size()).toLongLong();
+    }
+
+    /// Takes in the rows that are still to come: somebody else needs the session. A failure among
+    /// them is for whoever reads them.
+    void TakeRest() noexcept
+    {
+        try {
+            while (PostgresResult row = Next())
+                rest_.push_back(std::move(row));
+        } catch (const EStoreError &error) {
+            failure_ = error;
+        }
+    }
+
+private:
+    void Prepare()
+    {
+        prepared_ = connection_.GetPrepared(sql_);
+        generation_ = connection_.Session().Generation();
+        description_.reset();
+    }
+
+    PostgresResult Next()
+    {
+        try {
+            PostgresResult row = connection_.Session().Next(sql_);
+            if (!row)
+                Arrived();
+            return row;
+        } catch (const EStoreError &) {
+            Arrived();
+            running_ = false;
+            throw;
+        }
+    }
+
+    void Arrived()
+    {
+        arriving_ = false;
+        connection_.Finished(*this);
+    }
+
+    const pg_result *Described() const
+    {
+        if (row_)
+            return row_.get();
+        if (!description_) {
+            connection_.MakeReady();
+            description_ = connection_.Session().Describe(prepared_->name, sql_);
+        }
+        return description_.get();
+    }
+
+    PostgresParameter &Place(int parameter)
+    {
+        return parameters_.at(static_cast<std::size_t>(parameter - 1));
+    }
+
+    PostgresConnection &connection_;
+    QByteArray sql_;
+    PreparedPtr prepared_;
+    int generation_ = 0;
+    std::vector<PostgresParameter> parameters_;
+    bool running_ = false;  ///< begun, and its end not yet reported
+    bool arriving_ = false; ///< the session is in the middle of its rows
+    PostgresResult row_;
+    std::deque<PostgresResult> rest_;
+    std::optional<EStoreError> failure_; ///< behind the rest
+    mutable PostgresResult description_;
+    QHash<int, QByteArray> numbers_; ///< texts of the current row's numbers
+};
+
+std::unique_ptr<Statement> PostgresConnection::Prepare(QByteArrayView sql)
+{
+    return std::make_unique<PostgresStatement>(*this, sql);
+}
+
+void PostgresConnection::MakeReady()
+{
+    if (reading_)
+        reading_->TakeRest();
+    if (inTransaction_)
+        return; // what is broken says so
+    const int before = session_.Generation();
+    session_.OpenIfGone();
+    if (session_.Generation() != before) {
+        prepared_.Clear();
+        unneeded_ = std::make_shared<std::vector<QByteArray>>();
+    }
+}
+
+PreparedPtr PostgresConnection::GetPrepared(const QByteArray &sql)
+{
+    DropUnneeded();
+    const auto make = [&] {
+        const QByteArray name = 'q' + QByteArray::number(++names_);
+        session_.Prepare(name, sql);
+        return std::make_shared<Prepared>(name, sql, unneeded_);
+    };
+    return sql.size() > KeptTextBytes ? make() : prepared_.Get(sql, make);
+}
+
+/// In a few commands rather than one for each.
+void PostgresConnection::DropUnneeded()
+{
+    if (unneeded_->size() < UnneededAtOnce || session_.IsInFailedTransaction())
+        return;
+    QByteArray sql;
+    for (const QByteArray &name : std::exchange(*unneeded_, {}))
+        sql += "DEALLOCATE " + name + ';';
+    session_.Command(sql, false);
+}
+
+void PostgresConnection::Start(PostgresStatement &statement, const Prepared &prepared,
+                               const std::vector<PostgresParameter> &parameters)
+{
+    session_.Start(prepared.name, parameters);
+    reading_ = &statement;
+}
+
+} // namespace
+
+PostgresDatabase::PostgresDatabase(const QString &url)
+    : url_(url.toUtf8())
+{
+    char *reason = nullptr;
+    const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> parsed(
+        PQconninfoParse(url_.constData(), &reason), &PQconninfoFree);
+    PQfreemem(reason); // it repeats parts of the address, which may hold a password
+    if (!parsed)
+        throw EStoreError(EStoreError::Kind::Failure,
+                          u"无法理解 postgresql:// 之后的数据库地址。"_s);
+}
+
+std::unique_ptr<Connection> PostgresDatabase::OpenWriter()
+{
+    return std::make_unique<PostgresConnection>(url_, PostgresConnection::Access::Write);
+}
+
+int PostgresDatabase::Writers() const
+{
+    constexpr int writers = 8; // each waits for the log to be flushed most of its time
+    return writers;
+}
+
+std::unique_ptr<Connection> PostgresDatabase::OpenReader()
+{
+    return std::make_unique<PostgresConnection>(url_, PostgresConnection::Access::Read);
+}
+
+QByteArray NumberedParameters(QByteArrayView sql)
+{
+    QByteArray numbered = sql.toByteArray();
+    ForEachParameter(sql, [&](qsizetype at) { numbered[at] = '$'; });
+    return numbered;
+}
+
+QByteArray PlainNumeric(QByteArrayView text)
+{
+    const qsizetype point = text.indexOf('.');
+    if (point < 0)
+        return text.toByteArray();
+    const auto digits =
+        std::count_if(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    constexpr qsizetype exactDigits = 15;
+    if (digits > exactDigits)
+        return PlainNumber(text.toDouble());
+    while (text.endsWith('0'))
+        text.chop(1);
+    if (text.endsWith('.'))
+        text.chop(1);
+    return text.toByteArray();
+}
+
+} // namespace Qel::Store

@@ -1,0 +1,337 @@
+#include "store/PostgresSession.h"
+
+#include <QTimeZone>
+
+#include <libpq-fe.h>
+#include <poll.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Store {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Kind = EStoreError::Kind;
+
+constexpr int LookMilliseconds = 50; ///< between two looks at StopWhen while nothing arrives
+constexpr int ResultsPerLook = 256;  ///< and while rows arrive
+constexpr auto CancelPatience = std::chrono::seconds(5);
+constexpr int RestWorthReading = 1'000; ///< rows; fewer than a request to cancel costs
+constexpr char ConnectSeconds[] = "10";
+/// What the functions of the query language raise (schema/postgresql.sql).
+constexpr std::string_view RefusedValue = "QE001";
+
+struct StateKind
+{
+    std::string_view state; ///< or how it begins
+    Kind kind;
+};
+
+// The first that fits.
+constexpr std::array<StateKind, 13> stateKinds = {{
+    {"57014", Kind::Stopped},
+    {"40001", Kind::Conflict}, // serialization_failure
+    {"40P01", Kind::Conflict}, // deadlock_detected
+    {"23", Kind::Constraint},
+    {"54", Kind::TooComplex},
+    {RefusedValue, Kind::BadValue},
+    {"22", Kind::BadValue},
+    {"08", Kind::Lost},
+    {"57P01", Kind::Lost}, // the server is being shut down
+    {"57P02", Kind::Lost}, // crashed
+    {"57P03", Kind::Lost}, // starting up
+    {"57P05", Kind::Lost}, // idle for too long
+    {"53300", Kind::Lost}, // too many connections
+}};
+
+Kind KindOf(std::string_view state)
+{
+    for (const StateKind &one : stateKinds) {
+        if (state.starts_with(one.state))
+            return one.kind;
+    }
+    return Kind::Failure;
+}
+
+/// The zone of the server process: both databases tell the same local time.
+QByteArray ZoneCommand()
+{
+    const QByteArray zone = QTimeZone::systemTimeZoneId();
+    return "SET TIME ZONE '" + QByteArray(zone).replace('\'', "''") + "'";
+}
+
+QString TextOf(const char *utf8)
+{
+    return QString::fromUtf8(utf8).trimmed();
+}
+
+[[noreturn]] void Throw(Kind kind, const QString &state, const QString &message, QByteArrayView sql,
+                        const QString &reason)
+{
+    constexpr qsizetype shownText = 2'000;
+    throw EStoreError(
+        kind,
+        u"数据库错误 %1：%2；语句：%3"_s.arg(
+            state, message, QString::fromUtf8(sql.first(qMin(sql.size(), shownText)))),
+        reason);
+}
+
+} // namespace
+
+void ClearPostgresResult::operator()(pg_result *result) const
+{
+    PQclear(result);
+}
+
+void PostgresSession::Finish::operator()(pg_conn *connection) const
+{
+    PQfinish(connection);
+}
+
+PostgresSession::PostgresSession(QByteArray url, QByteArray setUp)
+    : url_(std::move(url))
+    , setUp_(std::move(setUp))
+{
+}
+
+PostgresSession::~PostgresSession() = default;
+
+void PostgresSession::Open()
+{
+    Close();
+    ++generation_;
+    // The address comes after what it may say otherwise.
+    const std::array<const char *, 6> names = {"connect_timeout", "fallback_application_name",
+                                               "dbname",          "client_encoding",
+                                               "options",         nullptr};
+    const std::array<const char *, 6> values = {ConnectSeconds, "qel-server", url_.constData(),
+                                                "UTF8",         nullptr,      nullptr};
+    connection_.reset(PQconnectdbParams(names.data(), values.data(), 1));
+    if (!connection_ || PQstatus(connection_.get()) != CONNECTION_OK) {
+        const QString reason =
+            connection_ ? TextOf(PQerrorMessage(connection_.get())) : u"out of memory"_s;
+        Close();
+        throw EStoreError(Kind::Lost, u"无法连接数据库：%1"_s.arg(reason), reason);
+    }
+    PQsetNoticeProcessor(
+        connection_.get(), [](void *, const char *) {}, nullptr);
+    try {
+        Command(ZoneCommand() + ';' + setUp_, false);
+    } catch (const EStoreError &) {
+        Close(); // one that is half set up serves nobody
+        throw;
+    }
+}
+
+void PostgresSession::OpenIfGone()
+{
+    // What the server said last, and that it hung up, stands in the socket.
+    for (int look = 0; look < 3 && !IsBroken(); ++look) {
+        pollfd socket{PQsocket(connection_.get()), POLLIN, 0};
+        if (poll(&socket, 1, 0) <= 0)
+            return;
+        PQconsumeInput(connection_.get());
+    }
+    if (IsBroken())
+        Open();
+}
+
+bool PostgresSession::IsBroken() const
+{
+    return !connection_ || PQstatus(connection_.get()) != CONNECTION_OK;
+}
+
+bool PostgresSession::IsInFailedTransaction() const
+{
+    return connection_ && PQtransactionStatus(connection_.get()) == PQTRANS_INERROR;
+}
+
+void PostgresSession::Command(const QByteArray &sql, bool stoppable)
+{
+    stoppable_ = stoppable;
+    Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
+    while (Next(sql)) {
+    }
+}
+
+void PostgresSession::Prepare(const QByteArray &name, const QByteArray &sql)
+{
+    stoppable_ = true;
+    Sent(connection_
+             ? PQsendPrepare(connection_.get(), name.constData(), sql.constData(), 0, nullptr)
+             : 0);
+    while (Next(sql)) {
+    }
+}
+
+PostgresResult PostgresSession::Describe(const QByteArray &name, const QByteArray &sql)
+{
+    Sent(connection_ ? PQsendDescribePrepared(connection_.get(), name.constData()) : 0);
+    PostgresResult description = Wait();
+    if (!description || PQresultStatus(description.get()) != PGRES_COMMAND_OK)
+        Fail(std::move(description), sql);
+    while (Wait()) {
+    }
+    return description;
+}
+
+void PostgresSession::Start(const QByteArray &name,
+                            const std::vector<PostgresParameter> &parameters)
+{
+    std::vector<const char *> values;
+    values.reserve(parameters.size());
+    for (const PostgresParameter &parameter : parameters)
+        values.push_back(parameter ? parameter->constData() : nullptr);
+    stoppable_ = true;
+    Sent(connection_ ? PQsendQueryPrepared(connection_.get(), name.constData(),
+                                           static_cast<int>(values.size()), values.data(), nullptr,
+                                           nullptr, 0)
+                     : 0);
+    PQsetSingleRowMode(connection_.get());
+}
+
+PostgresResult PostgresSession::Next(QByteArrayView sql)
+{
+    while (PostgresResult result = Wait()) {
+        switch (PQresultStatus(result.get())) {
+        case PGRES_SINGLE_TUPLE:
+            return result;
+        case PGRES_TUPLES_OK: // the end of the rows; whole only where no single rows were wanted
+        case PGRES_COMMAND_OK:
+            changedRows_ = QByteArrayView(PQcmdTuples(result.get())).toLongLong();
+            break;
+        case PGRES_EMPTY_QUERY:
+            break;
+        default:
+            Fail(std::move(result), sql);
+        }
+    }
+    return nullptr;
+}
+
+void PostgresSession::Abandon(bool mayCancel) noexcept
+{
+    try {
+        for (int rest = 0; Wait(); ++rest) {
+            if (rest == RestWorthReading && mayCancel && !cancelled_)
+                Cancel();
+        }
+    } catch (const EStoreError &) {
+        // Broken or closed: whoever uses the session next finds out.
+    }
+}
+
+/// The next result of any kind; null when the command has ended.
+PostgresResult PostgresSession::Wait()
+{
+    if (!connection_)
+        FailLost({});
+    if (++resultsSinceLook_ >= ResultsPerLook) {
+        resultsSinceLook_ = 0;
+        if (stoppable_ && stop_ && !cancelled_ && stop_())
+            Cancel();
+    }
+    while (PQisBusy(connection_.get()) && WaitForInput()) {
+    }
+    PostgresResult result(PQgetResult(connection_.get()));
+    if (result && cancelled_) {
+        const char *state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+        cancelArrived_ = cancelArrived_ || (state && KindOf(state) == Kind::Stopped);
+    }
+    if (!result && cancelled_) {
+        // A cancellation on its way would hit the session's next statement.
+        const bool arrived = std::exchange(cancelArrived_, false);
+        cancelled_.reset();
+        if (!arrived) {
+            Close();
+            Throw(Kind::Stopped, u"57014"_s, u"语句已被终止"_s, {}, {});
+        }
+    }
+    return result;
+}
+
+/// Whether it is worth going on: not when the session is broken.
+bool PostgresSession::WaitForInput()
+{
+    const bool asks = stoppable_ && stop_;
+    pollfd socket{PQsocket(connection_.get()), POLLIN, 0};
+    const int ready = poll(&socket, 1, asks || cancelled_ ? LookMilliseconds : -1);
+    if (ready < 0 && errno != EINTR)
+        return false;
+    if (ready > 0)
+        return PQconsumeInput(connection_.get()) != 0;
+    if (asks && !cancelled_ && stop_())
+        Cancel();
+    if (cancelled_ && Clock::now() - *cancelled_ > CancelPatience) {
+        cancelled_.reset();
+        Close();
+        Throw(Kind::Stopped, u"57014"_s, u"语句已被终止，连接没有应答"_s, {}, {});
+    }
+    return true;
+}
+
+void PostgresSession::Cancel()
+{
+    cancelled_ = Clock::now();
+    const std::unique_ptr<PGcancel, decltype(&PQfreeCancel)> cancel(PQgetCancel(connection_.get()),
+                                                                    &PQfreeCancel);
+    std::array<char, 256> reason;
+    if (cancel)
+        PQcancel(cancel.get(), reason.data(), static_cast<int>(reason.size()));
+}
+
+void PostgresSession::Sent(int result)
+{
+    cancelled_.reset();
+    cancelArrived_ = false;
+    resultsSinceLook_ = 0;
+    changedRows_ = 0;
+    if (result == 1)
+        return;
+    if (IsBroken())
+        FailLost({});
+    Throw(Kind::Failure, u"-"_s, TextOf(PQerrorMessage(connection_.get())), {}, {});
+}
+
+void PostgresSession::Fail(PostgresResult result, QByteArrayView sql)
+{
+    const auto field = [&](int code) {
+        const char *text = result ? PQresultErrorField(result.get(), code) : nullptr;
+        return QByteArray(text ? text : "");
+    };
+    const QByteArray state = field(PG_DIAG_SQLSTATE);
+    const QString message = QString::fromUtf8(field(PG_DIAG_MESSAGE_PRIMARY));
+    Kind kind = KindOf({state.constData(), static_cast<std::size_t>(state.size())});
+    if (!IsBroken()) {
+        while (Wait()) {
+        }
+    }
+    if (IsBroken()) {
+        if (kind == Kind::Failure)
+            FailLost(sql);
+        kind = Kind::Lost;
+    }
+    const bool ownWords = kind != Kind::BadValue || state == RefusedValue.data();
+    Throw(kind, QString::fromLatin1(state), message, sql,
+          ownWords ? message : u"数值超出范围，或不能这样转换"_s);
+}
+
+void PostgresSession::FailLost(QByteArrayView sql)
+{
+    const QString message = connection_ ? TextOf(PQerrorMessage(connection_.get())) : QString();
+    Close();
+    Throw(Kind::Lost, u"08006"_s, u"与数据库的连接已断开 %1"_s.arg(message).trimmed(), sql,
+          message);
+}
+
+void PostgresSession::Close()
+{
+    connection_.reset();
+}
+
+} // namespace Qel::Store

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "store/Connection.h"
+
+#include <QByteArray>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+struct pg_conn;
+struct pg_result;
+
+namespace Qel::Store {
+
+struct ClearPostgresResult
+{
+    void operator()(pg_result *result) const;
+};
+using PostgresResult = std::unique_ptr<pg_result, ClearPostgresResult>;
+
+/// A parameter as it is sent; nullopt is NULL.
+using PostgresParameter = std::optional<QByteArray>;
+
+/// One session with a PostgreSQL server: connects, sends, waits, cancels, and tells what went
+/// wrong. Everything throws EStoreError: a session that is broken says Kind::Lost until it is
+/// opened again.
+class PostgresSession
+{
+public:
+    /// `url` as libpq reads it; `setUp` is run on every new session.
+    PostgresSession(QByteArray url, QByteArray setUp);
+    ~PostgresSession();
+    Q_DISABLE_COPY_MOVE(PostgresSession)
+
+    /// Connects, or connects anew: what was prepared before is gone.
+    void Open();
+    /// Open if there is none, or if the server has ended the session while it was idle.
+    void OpenIfGone();
+    bool IsBroken() const;
+    int Generation() const { return generation_; } ///< grows with every Open
+    bool IsInFailedTransaction() const;
+
+    void StopWhen(std::function<bool()> condition) { stop_ = std::move(condition); }
+
+    /// One or several statements without parameters, to the end. `stoppable`: StopWhen counts.
+    void Command(const QByteArray &sql, bool stoppable);
+    void Prepare(const QByteArray &name, const QByteArray &sql);
+    /// The description of a prepared statement's columns.
+    PostgresResult Describe(const QByteArray &name, const QByteArray &sql);
+    /// Starts a prepared statement. Its rows are then taken by Next, one each.
+    void Start(const QByteArray &name, const std::vector<PostgresParameter> &parameters);
+    /// The next row of what was started; null when it has ended. `sql` is named in errors.
+    PostgresResult Next(QByteArrayView sql);
+    /// Ends what was started: a short rest is read, of a long one the server is told to stop.
+    /// In a transaction that writes the server is not, for that would end the transaction.
+    void Abandon(bool mayCancel) noexcept;
+
+    qint64 ChangedRows() const { return changedRows_; }
+
+private:
+    struct Finish
+    {
+        void operator()(pg_conn *connection) const;
+    };
+
+    PostgresResult Wait();
+    bool WaitForInput();
+    void Cancel();
+    void Sent(int result);
+    [[noreturn]] void Fail(PostgresResult result, QByteArrayView sql);
+    [[noreturn]] void FailLost(QByteArrayView sql);
+    void Close();
+
+    QByteArray url_;
+    QByteArray setUp_;
+    std::unique_ptr<pg_conn, Finish> connection_;
+    int generation_ = 0;
+    std::function<bool()> stop_;
+    bool stoppable_ = true;
+    int resultsSinceLook_ = 0;
+    std::optional<std::chrono::steady_clock::time_point> cancelled_; ///< the running statement
+    bool cancelArrived_ = false;
+    qint64 changedRows_ = 0;
+};
+
+} // namespace Qel::Store
