@@ -79,8 +79,10 @@ QByteArray ToBytes(const HttpCall &call)
     return bytes + "\r\n" + call.body;
 }
 
-ServerProcess::ServerProcess(const QStringList &arguments)
+ServerProcess::ServerProcess(const QStringList &arguments, const QString &logFile)
 {
+    if (!logFile.isEmpty())
+        process_.setStandardErrorFile(logFile, QIODevice::Append);
     process_.start(QStringLiteral(QEL_SERVER_PROGRAM),
                    QStringList{u"--listen"_s, u"127.0.0.1:0"_s} + arguments);
     QByteArray line;

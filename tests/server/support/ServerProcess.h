@@ -50,8 +50,9 @@ QByteArray ToBytes(const HttpCall &call);
 class ServerProcess
 {
 public:
-    /// Waits until it listens; `arguments` beside --listen.
-    explicit ServerProcess(const QStringList &arguments);
+    /// Waits until it listens; `arguments` beside --listen. Standard error goes to `logFile` if one
+    /// is named: under load nobody empties a pipe.
+    explicit ServerProcess(const QStringList &arguments, const QString &logFile = {});
     ~ServerProcess();
 
     quint16 Port() const { return port_; }

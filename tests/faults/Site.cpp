@@ -1,0 +1,145 @@
+#include "faults/Site.h"
+
+#include "demo/Demo.h"
+#include "store/Schema.h"
+
+#include <QDate>
+
+#include <QProcess>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Faults {
+
+Site::Site(const QString &url, const QString &folder, bool withSampleData, int domains)
+    : url_(url)
+    , log_(folder + u"/server.log"_s)
+    , database_(Store::Database::Open(url))
+{
+    const auto connection = Connect();
+    Store::CreateSchema(*connection);
+    if (withSampleData)
+        Demo::Fill(*connection, QDate::currentDate());
+    Store::Transaction transaction(*connection);
+    for (int number = 0; number < domains; ++number)
+        AddDomain(*connection, Domain(number));
+    transaction.Commit();
+}
+
+Site::~Site()
+{
+    if (server_)
+        KillServer();
+}
+
+std::unique_ptr<Store::Connection> Site::Connect()
+{
+    return database_->OpenWriter();
+}
+
+std::chrono::nanoseconds Site::StartServer(const QStringList &more)
+{
+    server_.reset();
+    const Stopwatch watch;
+    server_ = std::make_unique<ServerProcess>(QStringList{u"--database"_s, url_} + more, log_);
+    while (!Answers() && watch.Elapsed() < std::chrono::minutes(1)) {
+    }
+    return watch.Elapsed();
+}
+
+void Site::KillServer()
+{
+    server_->Process().kill();
+    server_->Process().waitForFinished();
+}
+
+void Site::KillStarting(std::chrono::microseconds after)
+{
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(QStringLiteral(QEL_SERVER_PROGRAM),
+                  {u"--database"_s, url_, u"--listen"_s, u"127.0.0.1:0"_s});
+    process.waitForStarted();
+    std::this_thread::sleep_for(after); // the instant is what the scenario is about
+    process.kill();
+    process.waitForFinished();
+}
+
+bool Site::Answers() const
+{
+    const HttpReply reply = Line(server_->Port()).Ask(GoodQuery());
+    return reply.status == 200 &&
+           Wire::DecodeQueryAnswer(reply.body, Wire::Format::Cbor).rows.RowCount() == 1;
+}
+
+QByteArray GoodQuery()
+{
+    const Domain domain(0);
+    const Wire::QueryRequest request{
+        u"SELECT ORG_ID, ORG_NAME FROM BAS_ORG WHERE ORG_ID='%1'"_s.arg(domain.orgId), 0, 0, 1};
+    return ToBytes({.path = "/NorvaneSelectServlet",
+                    .body = Wire::Encode(request, Wire::Format::Cbor),
+                    .format = Wire::Format::Cbor,
+                    .credential = domain.credential});
+}
+
+Load::Load(std::vector<std::unique_ptr<Client>> &clients, quint16 port)
+{
+    for (const auto &client : clients)
+        threads_.emplace_back([this, port, &client] { client->Work(port, stop_); });
+}
+
+void Load::Stop()
+{
+    stop_ = true;
+    for (std::thread &thread : threads_)
+        if (thread.joinable())
+            thread.join();
+}
+
+std::vector<std::unique_ptr<Client>> MakeClients(int count, quint64 seed, Findings &findings)
+{
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int number = 0; number < count; ++number)
+        clients.push_back(std::make_unique<Client>(number, seed, findings));
+    return clients;
+}
+
+void CheckAll(std::vector<std::unique_ptr<Client>> &clients, Store::Connection &connection)
+{
+    for (const auto &client : clients)
+        client->Check(connection);
+}
+
+std::chrono::nanoseconds TimeToNextPost(const std::vector<std::unique_ptr<Client>> &clients)
+{
+    const auto acknowledged = [&] {
+        qint64 posts = 0;
+        for (const auto &client : clients)
+            posts += client->Acknowledged();
+        return posts;
+    };
+    const Stopwatch watch;
+    const qint64 before = acknowledged();
+    while (acknowledged() == before && watch.Elapsed() < std::chrono::minutes(1))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return watch.Elapsed();
+}
+
+QString PostsText(const std::vector<std::unique_ptr<Client>> &clients)
+{
+    qint64 posts = 0;
+    qint64 repeated = 0;
+    qint64 refused = 0;
+    for (const auto &client : clients) {
+        posts += client->Acknowledged();
+        repeated += client->Repeated();
+        refused += client->Refused();
+    }
+    QString text = u"%1 posts acknowledged, %2 repeated"_s.arg(Counted(posts), Counted(repeated));
+    if (refused > 0)
+        text += u", %1 answered with an error"_s.arg(Counted(refused));
+    return text;
+}
+
+} // namespace Qel::Faults

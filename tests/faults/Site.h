@@ -1,0 +1,77 @@
+#pragma once
+
+#include "faults/Client.h"
+#include "faults/Report.h"
+#include "store/Database.h"
+#include "support/ServerProcess.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace Qel::Faults {
+
+/// A database for one scenario, with domains of clients, and the server on it.
+class Site
+{
+public:
+    /// `url` is an empty database; `folder` takes the server's log.
+    Site(const QString &url, const QString &folder, bool withSampleData, int domains);
+    ~Site();
+
+    const QString &Url() const { return url_; }
+    std::unique_ptr<Store::Connection> Connect(); ///< the harness's own; may write
+
+    /// How long it took from the start of the process until a query was answered.
+    std::chrono::nanoseconds StartServer(const QStringList &more = {});
+    void KillServer(); ///< SIGKILL
+    /// Starts the server and kills it before or while it prepares its database.
+    void KillStarting(std::chrono::microseconds after);
+    ServerProcess &Server() { return *server_; }
+    quint16 Port() const { return server_->Port(); }
+
+    /// Whether a query of the operator of domain 0 is answered with its one row.
+    bool Answers() const;
+
+private:
+    QString url_;
+    QString log_;
+    std::unique_ptr<Store::Database> database_;
+    std::unique_ptr<ServerProcess> server_;
+};
+
+/// The request of such a query.
+QByteArray GoodQuery();
+
+/// Clients at work, each in a thread of its own, while the object lives.
+class Load
+{
+public:
+    Load(std::vector<std::unique_ptr<Client>> &clients, quint16 port);
+    ~Load() { Stop(); }
+    Q_DISABLE_COPY_MOVE(Load)
+
+    void Stop(); ///< returns when every post has its answer or has lost its connection
+
+private:
+    std::atomic<bool> stop_ = false;
+    std::vector<std::thread> threads_;
+};
+
+std::vector<std::unique_ptr<Client>> MakeClients(int count, quint64 seed, Findings &findings);
+
+/// Holds every client's journal against the database.
+void CheckAll(std::vector<std::unique_ptr<Client>> &clients, Store::Connection &connection);
+
+/// How long it takes from now until some post is acknowledged; a minute at most.
+std::chrono::nanoseconds TimeToNextPost(const std::vector<std::unique_ptr<Client>> &clients);
+
+/// "20,113 posts acknowledged, 512 repeated, 3 answered with an error".
+QString PostsText(const std::vector<std::unique_ptr<Client>> &clients);
+
+} // namespace Qel::Faults
