@@ -14,6 +14,7 @@
 #include <QUuid>
 
 #include <limits>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +23,9 @@ namespace Qel {
 using Kind = ERemoteError::Kind;
 
 namespace {
+
+/// Asks for the state of the last commit, where nobody knows the post's own.
+constexpr char LatestPosition[] = "latest";
 
 bool IsLoopback(const QString &host)
 {
@@ -97,6 +101,7 @@ void TSoapCtrl::SetServletURL(const QString &base, const QString &query, const Q
         base_.setPath(base_.path().chopped(1));
     queryServlet_ = query;
     postServlet_ = post;
+    position_.clear();
     unanswered_.reset();
 }
 
@@ -107,6 +112,7 @@ int TSoapCtrl::SQLQuery(const QString &sql, int page, int pageSize, ClientDataSe
     call.facts.statement = sql;
     call.request.body =
         Wire::Encode(Wire::QueryRequest{sql, page, pageSize, int(type)}, Wire::Format::Cbor);
+    call.request.position = position_;
     const Wire::QueryAnswer answer = Decoded(call, Run(call), ReadQueryAnswer);
     target.Open(answer.rows);
     return int(answer.total);
@@ -121,13 +127,18 @@ void TSoapCtrl::PostDataList(const QString &manager, const QString &method,
     call.facts.method = manager + u'.' + method;
     call.request.body = Wire::Encode(post, Wire::Format::Cbor);
     call.request.idempotencyKey = KeyFor(post);
+    const QByteArray earlierPosition = std::exchange(position_, LatestPosition);
     try {
+        const WireBody body = Run(call);
         result.SetResult(Decoded(
-            call, Run(call), [&post](const WireBody &body) { return ReadPostAnswer(body, post); }));
+            call, body, [&post](const WireBody &answer) { return ReadPostAnswer(answer, post); }));
+        position_ = body.position.isEmpty() ? earlierPosition : body.position;
         unanswered_.reset();
     } catch (const ERemoteError &error) {
-        if (IsDefinite(error))
+        if (IsDefinite(error)) {
+            position_ = earlierPosition;
             unanswered_.reset();
+        }
         throw;
     }
 }
@@ -172,7 +183,7 @@ WireBody TSoapCtrl::Run(const RemoteCall &call)
         const std::optional<Wire::Format> format = exchange.BodyFormat();
         if (exchange.Result() != Exchange::Outcome::Answered || exchange.Status() != 200 || !format)
             throw call.Failed(exchange);
-        return {exchange.TakeBody(), *format};
+        return {exchange.TakeBody(), *format, exchange.Position()};
     }
 }
 

@@ -47,7 +47,8 @@ public:
 
     /// Fills `target` with the rows of one page (from 1) of `pageSize` rows; page 0 and size 0:
     /// all rows. Replaces rows and field definitions, and only when the whole answer is good.
-    /// Returns the number of rows that the statement selects over all pages.
+    /// Returns the number of rows that the statement selects over all pages. Sees all that was
+    /// posted before, whichever copy of the database answers.
     int SQLQuery(const QString &sql, int page, int pageSize, ClientDataSet &target,
                  TQueryType type);
 
@@ -81,6 +82,7 @@ private:
 
     QUrl base_; ///< without user info
     QByteArray authorization_;
+    QByteArray position_; ///< that queries have to see, as the server named it; empty: any
     QString queryServlet_;
     QString postServlet_;
     std::chrono::milliseconds timeOut_{60'000};

@@ -12,6 +12,10 @@ namespace Qel {
 
 namespace {
 
+/// Where in the history of its database a post was stored; comes with its answer, goes with
+/// queries.
+constexpr char PositionHeader[] = "QEL-Position";
+
 /// A body that can be read once and not again, so that a request cannot be repeated behind our
 /// back: the attempt ends in an error instead.
 class OneWayBody : public QIODevice
@@ -55,6 +59,8 @@ QNetworkRequest NetworkRequest(const Exchange::Request &request)
         result.setRawHeader("Authorization", request.authorization);
     if (!request.idempotencyKey.isEmpty())
         result.setRawHeader("Idempotency-Key", request.idempotencyKey);
+    if (!request.position.isEmpty())
+        result.setRawHeader(PositionHeader, request.position);
 
     result.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
@@ -150,6 +156,15 @@ std::optional<Wire::Format> Exchange::BodyFormat() const
 QByteArray Exchange::TakeBody()
 {
     return reply_->readAll();
+}
+
+QByteArray Exchange::Position() const
+{
+    const QByteArray position = reply_->rawHeader(PositionHeader);
+    constexpr qsizetype longest = 64;
+    const bool visible =
+        std::all_of(position.begin(), position.end(), [](char c) { return c > 32 && c < 127; });
+    return visible && position.size() <= longest ? position : QByteArray();
 }
 
 QString Exchange::TroubleText() const

@@ -18,6 +18,7 @@ struct WireBody
 {
     QByteArray bytes;
     Wire::Format format;
+    QByteArray position; ///< see Exchange::Position
 };
 
 /// One HTTP request of the remote service, on its way. Sent exactly once: the network classes
@@ -33,6 +34,7 @@ public:
         QByteArray body;
         QByteArray authorization;  ///< header value; may be empty
         QByteArray idempotencyKey; ///< header value; may be empty
+        QByteArray position;       ///< header value; may be empty
         std::chrono::milliseconds timeOut{};
     };
 
@@ -58,6 +60,7 @@ public:
     int Status() const;                             ///< 0 if none came
     std::optional<Wire::Format> BodyFormat() const; ///< none: the body is not of this protocol
     QByteArray TakeBody();                          ///< once
+    QByteArray Position() const;                    ///< empty: none came with the answer
     QString TroubleText() const; ///< what happened to the connection, for the operator
     QString CauseText() const;   ///< the same in the words of the network classes
 

@@ -232,6 +232,63 @@ private slots:
         QVERIFY2(error->Message().contains(u"不会重复存入"_s), error->what());
     }
 
+    void QueriesCarryThePositionOfTheLastPost()
+    {
+        server_->OnAnyQuery().Answer(Rows({u"A"_s}, {}));
+        server_->OnPost(u"m"_s).Code(u"1"_s).Position("1/A0").Times(1);
+        server_->OnPost(u"m"_s).Code(u"1"_s).Position("1/B8").Times(1);
+        QCOMPARE(PositionOfAQuery(), QByteArray()); // nothing was posted yet
+        Post(u"a"_s);
+        QCOMPARE(PositionOfAQuery(), "1/A0");
+        QCOMPARE(PositionOfAQuery(), "1/A0");
+        Post(u"b"_s);
+        QCOMPARE(PositionOfAQuery(), "1/B8");
+        UseServer(*soap_, server_->Url());
+        QCOMPARE(PositionOfAQuery(), QByteArray()); // of another server, for all that is known
+    }
+
+    void AnswerWithoutAPositionKeepsTheEarlierOne()
+    {
+        server_->OnAnyQuery().Answer(Rows({u"A"_s}, {}));
+        server_->OnPost(u"m"_s).Code(u"1"_s).Position("1/A0").Times(1);
+        server_->OnPost(u"m"_s).Code(u"-1"_s).Times(1);
+        server_->OnPost(u"m"_s).Error(400, u"post.bad_row"_s, u"缺少 UNION_ID"_s, u"R9"_s);
+        Post(u"a"_s);
+        Post(u"b"_s);
+        QCOMPARE(PositionOfAQuery(), "1/A0");
+        QVERIFY(RaisedByPost(u"c"_s));
+        QCOMPARE(PositionOfAQuery(), "1/A0");
+    }
+
+    void LostAnswerLetsQueriesAskForTheLatestState()
+    {
+        server_->OnAnyQuery().Answer(Rows({u"A"_s}, {}));
+        server_->OnPost(u"m"_s).Code(u"1"_s).Position("1/A0").Times(1);
+        server_->OnPost(u"m"_s).BreakConnection().Times(2);
+        server_->OnPost(u"m"_s).Code(u"1"_s).Position("1/C0");
+        Post(u"a"_s);
+        QVERIFY(RaisedByPost(u"b"_s));
+        QCOMPARE(PositionOfAQuery(), "latest");
+        Post(u"b"_s);
+        QCOMPARE(PositionOfAQuery(), "1/C0");
+    }
+
+    void PositionThatIsNoHeaderTextIsNotSentBack_data()
+    {
+        QTest::addColumn<QByteArray>("position");
+        QTest::newRow("blank") << QByteArray("1/A0 1/B0");
+        QTest::newRow("not ASCII") << QByteArray("1/\xc3\xa4");
+        QTest::newRow("too long") << QByteArray(65, '1');
+    }
+    void PositionThatIsNoHeaderTextIsNotSentBack()
+    {
+        QFETCH(const QByteArray, position);
+        server_->OnAnyQuery().Answer(Rows({u"A"_s}, {}));
+        server_->OnPost(u"m"_s).Code(u"1"_s).Position(position);
+        Post(u"a"_s);
+        QCOMPARE(PositionOfAQuery(), QByteArray());
+    }
+
     void QueryCarriesNoKey()
     {
         server_->OnAnyQuery().Answer(Rows({u"A"_s}, {}));
@@ -252,6 +309,13 @@ private:
     {
         FillRequest(name);
         soap_->PostDataList(u"M"_s, u"m"_s, soap_->RequestParams, soap_->ResultParams);
+    }
+    /// The header that a query is sent with.
+    QByteArray PositionOfAQuery()
+    {
+        ClientDataSet table;
+        soap_->SQLQuery(u"select A from T"_s, 0, 0, table, TQueryType::List);
+        return server_->Headers().last().value("qel-position");
     }
     std::optional<ERemoteError> RaisedByPost(const QString &name)
     {

@@ -13,10 +13,15 @@ namespace Qel::Test {
 
 namespace {
 
-QByteArray HttpAnswer(int status, const QByteArray &type, const QByteArray &body)
+/// `position`: empty for no such header.
+QByteArray HttpAnswer(int status, const QByteArray &type, const QByteArray &position,
+                      const QByteArray &body)
 {
+    const QByteArray positionLine =
+        position.isEmpty() ? QByteArray() : "QEL-Position: " + position + "\r\n";
     return "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Type: " + type +
-           "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+           "\r\n" + positionLine + "Content-Length: " + QByteArray::number(body.size()) +
+           "\r\n\r\n" + body;
 }
 
 bool SameName(const QString &a, const QString &b)
@@ -112,6 +117,12 @@ ScriptedServer::Script &ScriptedServer::Script::Status(int status, const QByteAr
 ScriptedServer::Script &ScriptedServer::Script::Body(const QByteArray &body)
 {
     answer_ = [body](Wire::Format, const Wire::PostRequest &) { return body; };
+    return *this;
+}
+
+ScriptedServer::Script &ScriptedServer::Script::Position(const QByteArray &position)
+{
+    position_ = position;
     return *this;
 }
 
@@ -321,7 +332,7 @@ void ScriptedServer::Handle(QTcpSocket *socket, const Incoming &request)
     const QByteArray type =
         script->type_.isEmpty() ? request.headers.value("content-type") : script->type_;
     const QByteArray body = script->answer_ ? script->answer_(format, post) : QByteArray();
-    const QByteArray answer = HttpAnswer(script->status_, type, body);
+    const QByteArray answer = HttpAnswer(script->status_, type, script->position_, body);
     const auto send = [socket = QPointer<QTcpSocket>(socket), answer, manner = script->manner_] {
         if (!socket)
             return;

@@ -59,10 +59,11 @@ public:
         Script &DatabaseDown(); ///< 500 server.failure 数据库不可用 R-1
         Script &Status(int status, const QByteArray &body = {}); ///< with a body of no protocol
         Script &Body(const QByteArray &body); ///< status 200, these bytes as application/cbor
-        Script &BreakConnection();            ///< reads the request, then hangs up
-        Script &HalfAnswer();                 ///< the whole length announced, half of it sent
-        Script &HoldUntilReleased();          ///< answers when ScriptedServer::Release is called
-        Script &Times(int uses);              ///< matches so often; without it, always
+        Script &Position(const QByteArray &position); ///< with the header QEL-Position
+        Script &BreakConnection();                    ///< reads the request, then hangs up
+        Script &HalfAnswer();        ///< the whole length announced, half of it sent
+        Script &HoldUntilReleased(); ///< answers when ScriptedServer::Release is called
+        Script &Times(int uses);     ///< matches so often; without it, always
 
     private:
         friend class ScriptedServer;
@@ -74,6 +75,7 @@ public:
         Bytes answer_;
         int status_ = 200;
         QByteArray type_; ///< empty: the request's
+        QByteArray position_;
         Manner manner_ = Manner::Whole;
         bool held_ = false;
         int uses_ = -1;
