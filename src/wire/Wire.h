@@ -38,6 +38,8 @@ struct QueryRequest
     int page = 0;     ///< from 1; 0 together with pageSize 0 means all rows
     int pageSize = 0; ///< rows per page
     int queryType = 1;
+
+    friend bool operator==(const QueryRequest &, const QueryRequest &) = default;
 };
 
 struct QueryAnswer
@@ -54,17 +56,23 @@ struct PostRequest
     QString manager;
     QString method;
     QList<NamedValues> rows;
+
+    friend bool operator==(const PostRequest &, const PostRequest &) = default;
 };
 
 struct ResultRow
 {
     QString code; ///< "1", "0", "-1", "-2"
     NamedValues values;
+
+    friend bool operator==(const ResultRow &, const ResultRow &) = default;
 };
 
 struct PostAnswer
 {
     QList<ResultRow> rows;
+
+    friend bool operator==(const PostAnswer &, const PostAnswer &) = default;
 };
 
 /// The body of every answer whose HTTP status is not 200.
@@ -73,6 +81,8 @@ struct ErrorAnswer
     QString code;      ///< short and stable, e.g. "sql.unknown_table"
     QString message;   ///< for the operator
     QString reference; ///< finds the entry in the server's log
+
+    friend bool operator==(const ErrorAnswer &, const ErrorAnswer &) = default;
 };
 
 /// Who the credential of a request is, and what the server calls itself.
@@ -85,6 +95,8 @@ struct SessionAnswer
     QString orgAbbr;
     QString orgName;
     QString serverName;
+
+    friend bool operator==(const SessionAnswer &, const SessionAnswer &) = default;
 };
 
 // The rows of a query answer are not copied if they carry the answer's total already (see

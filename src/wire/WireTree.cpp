@@ -78,7 +78,11 @@ QString WireItem::Text() const
 {
     if (!value_.isString())
         Fail(u"应为文本"_s);
-    return value_.toString();
+    QString text = value_.toString();
+    // JSON can write half a surrogate pair, which no UTF-8 holds: it would be stored as another.
+    if (!text.isValidUtf16())
+        Fail(u"含有不成对的代理字符"_s);
+    return text;
 }
 
 qint64 WireItem::Number(qint64 smallest, qint64 largest) const

@@ -190,6 +190,8 @@ private slots:
         QTest::newRow("pair of one") << QByteArray(R"([[["A"]]])") << u"rows[0][0]"_s;
         QTest::newRow("pair of three") << QByteArray(R"([[["A","1","2"]]])") << u"rows[0][0]"_s;
         QTest::newRow("null value") << QByteArray(R"([[["A",null]]])") << u"rows[0][0][1]"_s;
+        QTest::newRow("half a surrogate pair")
+            << QByteArray(R"([[["A","x\ud800y"]]])") << u"rows[0][0][1]"_s;
         QTest::newRow("empty name") << QByteArray(R"([[["","1"]]])") << u"rows[0][0][0]"_s;
         QTest::newRow("name twice")
             << QByteArray(R"([[["A","1"],["a","2"]]])") << u"rows[0][1][0]"_s;
