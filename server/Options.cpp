@@ -39,6 +39,7 @@ void ParseNetwork(const QCommandLineParser &parser, Options &options)
         ParseAddress(u"metrics-listen"_s, parser.value(u"metrics-listen"_s), options.metricsHost,
                      options.metricsPort);
     options.slowSeconds = Admin::NumberOption(parser, u"slow-time"_s, 1, 3600);
+    options.stopSeconds = Admin::NumberOption(parser, u"stop-time"_s, 2, 3600);
     const QString format = parser.value(u"log-format"_s);
     if (format != "text"_L1 && format != "json"_L1)
         throw EQelError(u"--log-format 应为 text 或 json，而不是：%1"_s.arg(format));
@@ -73,6 +74,8 @@ Options ParseOptions(const QStringList &arguments)
          u"seconds"_s, u"60"_s},
         {u"slow-time"_s,
          u"Seconds without a byte, or for a whole header, until a slow client is closed."_s,
+         u"seconds"_s, u"10"_s},
+        {u"stop-time"_s, u"Seconds that running requests have when the server is stopped."_s,
          u"seconds"_s, u"10"_s},
         {u"connections"_s, u"Largest number of open connections."_s, u"number"_s, u"1000"_s},
         {u"cert"_s, u"Serve TLS with this certificate chain (PEM); read again at SIGHUP."_s,

@@ -20,6 +20,7 @@ struct Options
     int connectionLimit = 1'000;
     int requestSeconds = 60;
     int slowSeconds = 10;
+    int stopSeconds = 10;
     QString certificate; ///< PEM files; both or none
     QString key;
     QStringList trustedProxies; ///< numeric addresses or blocks of them

@@ -115,6 +115,7 @@ int Serve(Store::Database &database, const Options &options)
                              .connectionLimit = options.connectionLimit,
                              .requestTime = std::chrono::seconds(options.requestSeconds),
                              .patience = {.silence = std::chrono::seconds(options.slowSeconds)},
+                             .drainTime = std::chrono::seconds(options.stopSeconds),
                              .readers = std::max(2, processors),
                              .writers = database.Writers()},
                             service, metrics);

@@ -258,7 +258,8 @@ private:
         CountConnections();
         bool keepAlive = false;
         if (read.end == ReadResult::End::Refused)
-            co_await RefuseAndDiscard(self, read.why, incoming.request);
+            co_await Write(self, handler_.Refuse(read.why, incoming.request),
+                           Clock::now() + DiscardTime, false, true);
         else if (stopping_)
             co_await Write(self, handler_.Refuse(Broken::Stopping, incoming.request), deadline,
                            false, !incoming.isHead);
@@ -266,20 +267,20 @@ private:
             keepAlive = co_await Answer(self, incoming);
         self.rest->splice(self.rest->end(), answering_, peer);
         CountConnections();
+        if (read.end == ReadResult::End::Refused)
+            co_await Discard(self.link);
         co_return keepAlive;
     }
 
     /// Closing a connection with unread bytes would reset it, and the client would never read
     /// why: what it still sends is taken in for a moment and thrown away.
-    asio::awaitable<void> RefuseAndDiscard(Peer &self, Broken why, const Request &request)
+    static asio::awaitable<void> Discard(Link &link)
     {
-        co_await Write(self, handler_.Refuse(why, request), Clock::now() + DiscardTime, false,
-                       true);
-        self.link.Until(Clock::now() + DiscardTime);
-        co_await self.link.EndWriting();
+        link.Until(Clock::now() + DiscardTime);
+        co_await link.EndWriting();
         std::array<char, FirstRead> scrap;
         for (std::size_t left = DiscardLimit; left > 0;) {
-            auto [error, size] = co_await self.link.ReadSome(asio::buffer(scrap));
+            auto [error, size] = co_await link.ReadSome(asio::buffer(scrap));
             if (error)
                 break;
             left -= std::min(left, size);

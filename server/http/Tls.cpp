@@ -40,8 +40,11 @@ std::shared_ptr<ssl::context> LoadTls(const QString &certificate, const QString 
     if (error)
         Fail(u"无法读取证书"_s, certificate, error);
     context->use_private_key_file(key.toStdString(), ssl::context::pem, error);
+    if (error &&
+        ERR_GET_REASON(static_cast<unsigned long>(error.value())) == X509_R_KEY_VALUES_MISMATCH)
+        throw EQelError(u"私钥 %1 不属于证书 %2。"_s.arg(key, certificate));
     if (error)
-        Fail(u"无法读取私钥，或它不属于该证书："_s, key, error);
+        Fail(u"无法读取私钥"_s, key, error);
     return context;
 }
 

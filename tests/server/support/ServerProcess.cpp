@@ -20,6 +20,11 @@ QByteArray HeaderOf(const QByteArray &head, const QByteArray &name)
 
 } // namespace
 
+QByteArray HttpReply::Header(const QByteArray &name) const
+{
+    return HeaderOf(head, name);
+}
+
 RawClient::RawClient(quint16 port)
 {
     socket_.connectToHost(u"127.0.0.1"_s, port);
@@ -44,6 +49,7 @@ HttpReply RawClient::Receive()
         if (pending_.size() < headEnd + 4 + size)
             return false;
         reply.status = head.mid(9, 3).toInt();
+        reply.head = head;
         reply.contentType = HeaderOf(head, "Content-Type");
         reply.body = pending_.mid(headEnd + 4, size);
         pending_.remove(0, headEnd + 4 + size);
@@ -117,6 +123,40 @@ bool ServerProcess::WaitForLog(const QByteArray &text, int milliseconds)
         if (left <= 0 || !process_.waitForReadyRead(left))
             return Log().contains(text);
     }
+    return true;
+}
+
+quint16 ServerProcess::MetricsPort()
+{
+    if (metricsPort_ == 0 && WaitForLog("/metrics\"")) {
+        const QByteArray before = Log().left(Log().indexOf("/metrics\""));
+        metricsPort_ = before.mid(before.lastIndexOf(':') + 1).toUShort();
+    }
+    return metricsPort_;
+}
+
+QByteArray ServerProcess::MetricsPage()
+{
+    RawClient client(MetricsPort());
+    client.Send("GET /metrics HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    return client.Receive().body;
+}
+
+double ServerProcess::Metric(const QByteArray &sample)
+{
+    for (const QByteArray &line : MetricsPage().split('\n'))
+        if (line.startsWith(sample + ' '))
+            return line.mid(sample.size() + 1).toDouble();
+    return 0;
+}
+
+bool ServerProcess::WaitForMetric(const QByteArray &sample, double atLeast)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (Metric(sample) < atLeast)
+        if (timer.elapsed() > Patience)
+            return false;
     return true;
 }
 

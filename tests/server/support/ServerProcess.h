@@ -14,6 +14,9 @@ struct HttpReply
     int status = 0; ///< 0: no answer
     QByteArray contentType;
     QByteArray body = {};
+    QByteArray head = {}; ///< status line and headers
+
+    QByteArray Header(const QByteArray &name) const; ///< empty: it is not there
 };
 
 /// One connection to a server, spoken to byte by byte.
@@ -46,6 +49,10 @@ struct HttpCall
 /// The bytes of the request.
 QByteArray ToBytes(const HttpCall &call);
 
+/// Arguments for a server whose figures are asked for.
+inline const QStringList WithMetrics{QStringLiteral("--metrics-listen"),
+                                     QStringLiteral("127.0.0.1:0")};
+
 /// qel-server as a process of its own on a free loopback port.
 class ServerProcess
 {
@@ -61,6 +68,13 @@ public:
     /// Waits until the log has this text.
     bool WaitForLog(const QByteArray &text, int milliseconds = 5'000);
 
+    /// One sample of the figures, as "name" or "name{labels}"; 0 if it is not there. For a server
+    /// that was started with WithMetrics.
+    double Metric(const QByteArray &sample);
+    bool WaitForMetric(const QByteArray &sample, double atLeast);
+    QByteArray MetricsPage();
+    quint16 MetricsPort();
+
     HttpReply Call(const HttpCall &call) const; ///< on a connection of its own
     Wire::PostAnswer Post(const Wire::PostRequest &request, const QByteArray &key = {},
                           Wire::Format format = Wire::Format::Json) const;
@@ -70,6 +84,7 @@ public:
 private:
     QProcess process_;
     quint16 port_ = 0;
+    quint16 metricsPort_ = 0;
     QByteArray log_;
 };
 

@@ -1,0 +1,93 @@
+#include "support/ServerProcess.h"
+#include "support/TestDatabase.h"
+
+#include <QTest>
+
+using namespace Qel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char Wrong[] = "admin:wrong-wrong-wrong-wrong";
+
+/// The request as a proxy on this machine passes it on.
+HttpReply Session(const ServerProcess &server, const QByteArray &credential,
+                  const QByteArray &from = {})
+{
+    QByteArray bytes =
+        ToBytes({.method = "GET", .path = "/session", .credential = credential}).chopped(2);
+    if (!from.isEmpty())
+        bytes += "X-Forwarded-For: " + from + "\r\n";
+    RawClient client(server.Port());
+    client.Send(bytes + "\r\n");
+    return client.Receive();
+}
+
+QString CodeOf(const HttpReply &reply)
+{
+    return Wire::DecodeErrorAnswer(reply.body, Wire::Format::Json).code;
+}
+
+} // namespace
+
+class LoginLimitTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void SixthFailedLogInIsNotLookedAt()
+    {
+        TestDatabase site;
+        Store::SetToken(site.Connection(), u"zhang"_s, "0123456789abcdef-zhang");
+        ServerProcess server(QStringList{u"--database"_s, site.Url()} + WithMetrics);
+        QCOMPARE(Session(server, "admin:0123456789abcdef-admin").status, 200);
+        for (int attempt = 0; attempt < 5; ++attempt)
+            QCOMPARE(CodeOf(Session(server, Wrong)), u"auth.refused"_s);
+
+        const HttpReply blocked = Session(server, Wrong);
+        QCOMPARE(blocked.status, 429);
+        QCOMPARE(CodeOf(blocked), u"auth.too_many"_s);
+        const int wait = blocked.Header("Retry-After").toInt();
+        QVERIFY2(wait > 30 && wait <= 60, blocked.head.constData());
+        QVERIFY(server.WaitForLog("code=\"auth.too_many\""));
+        // Who was at work goes on; who was not there yet waits with the attacker.
+        QCOMPARE(Session(server, "admin:0123456789abcdef-admin").status, 200);
+        QCOMPARE(Session(server, "zhang:0123456789abcdef-zhang").status, 429);
+        QCOMPARE(server.Metric("qel_logins_failed_total"), 5.0);
+        QCOMPARE(server.Metric("qel_logins_blocked_total"), 2.0);
+    }
+
+    void AMissingCredentialIsNoFailedLogIn()
+    {
+        TestDatabase site;
+        ServerProcess server({u"--database"_s, site.Url()});
+        for (int attempt = 0; attempt < 10; ++attempt)
+            QCOMPARE(CodeOf(Session(server, {})), u"auth.required"_s);
+        QCOMPARE(Session(server, "admin:0123456789abcdef-admin").status, 200);
+    }
+
+    void BehindATrustedProxyEachClientCounts()
+    {
+        TestDatabase site;
+        ServerProcess server({u"--database"_s, site.Url(), u"--trusted-proxy"_s, u"127.0.0.0/8"_s});
+        for (int attempt = 0; attempt < 5; ++attempt)
+            Session(server, Wrong, "198.51.100.7");
+        QCOMPARE(Session(server, Wrong, "198.51.100.7").status, 429);
+        QCOMPARE(Session(server, Wrong, "198.51.100.8").status, 401);
+        QCOMPARE(Session(server, "admin:0123456789abcdef-admin", "198.51.100.9").status, 200);
+        QVERIFY(server.WaitForLog("address=\"198.51.100.9\""));
+    }
+
+    void WithoutATrustedProxyNobodyChoosesAnAddress()
+    {
+        TestDatabase site;
+        ServerProcess server({u"--database"_s, site.Url()});
+        for (int attempt = 0; attempt < 5; ++attempt)
+            Session(server, Wrong, "198.51.100." + QByteArray::number(attempt));
+        QCOMPARE(Session(server, Wrong, "198.51.100.77").status, 429);
+        QVERIFY(!server.Log().contains("198.51.100."));
+    }
+};
+
+QTEST_GUILESS_MAIN(LoginLimitTest)
+#include "LoginLimitTest.moc"
