@@ -86,6 +86,18 @@ bool OnlyAsciiHasCase(std::string_view text)
     });
 }
 
+/// Character by character, so that no text grows beyond the size of its field: ß has no capital of
+/// one character and stays as it is.
+QByteArray WithOtherCase(const QString &text, bool upper)
+{
+    QList<uint> characters = text.toUcs4();
+    for (uint &c : characters)
+        c = upper ? QChar::toUpper(c) : QChar::toLower(c);
+    return QString::fromUcs4(reinterpret_cast<const char32_t *>(characters.constData()),
+                             characters.size())
+        .toUtf8();
+}
+
 template <bool upper>
 void ChangeCase(Context *context, int, Value **values)
 {
@@ -97,7 +109,7 @@ void ChangeCase(Context *context, int, Value **values)
     const auto changes = [](char c) { return c >= first && c <= last; };
     if (!OnlyAsciiHasCase(text)) {
         const QString all = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-        const QByteArray changed = (upper ? all.toUpper() : all.toLower()).toUtf8();
+        const QByteArray changed = WithOtherCase(all, upper);
         Give(context, {changed.constData(), static_cast<size_t>(changed.size())});
     } else if (std::any_of(text.begin(), text.end(), changes)) {
         std::string changed(text);
