@@ -7,7 +7,7 @@ install(FILES "${packaging}/org.qel.host.desktop" DESTINATION "${CMAKE_INSTALL_D
 install(FILES "${packaging}/org.qel.host.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 install(FILES "${packaging}/icons/org.qel.host.svg"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
-install(FILES "${packaging}/man/qel-host.1" "${packaging}/man/qel-server.1"
+install(FILES "${packaging}/man/qel-host.1" "${packaging}/man/qel-server.1" "${packaging}/man/qel-contract.1"
     DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 
 # systemd reads units from lib/systemd whatever the library folder is called.

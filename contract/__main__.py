@@ -1,0 +1,5 @@
+import sys
+
+from qel_contract.cli import main
+
+sys.exit(main())
