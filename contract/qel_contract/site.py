@@ -285,4 +285,5 @@ class Site:
         if self.read_only:
             return self._first("TRA_BUY_CATALOG", "BUY_ORGID", "a drug store",
                                f"CATALOG_ID = {quoted(self.store)}")
+        assert self.store
         return self.hospital[0]
