@@ -40,11 +40,11 @@ set(QEL_TEST_POSTGRES "${CMAKE_BINARY_DIR}/postgres.url")
 
 # qel_test(NAME SOURCES ... LIBS ... [TIMEOUT seconds] [ENV name=value ...] [POSTGRES]): one Qt Test
 # program, run by CTest without a display. POSTGRES: run a second time, as NAME.pg, with its
-# databases on PostgreSQL (tests/server/support). Each XxxTest.cpp includes its own XxxTest.moc.
+# databases on PostgreSQL (tests/server/support); POSTGRES_ONLY: run as NAME.pg alone. Each XxxTest.cpp includes its own XxxTest.moc.
 # There are many small tests, and for each of them AUTOMOC would start a CMake of its own and compile
 # an empty file.
 function(qel_test name)
-    cmake_parse_arguments(ARG "POSTGRES" "TIMEOUT" "SOURCES;LIBS;ENV" ${ARGN})
+    cmake_parse_arguments(ARG "POSTGRES;POSTGRES_ONLY" "TIMEOUT" "SOURCES;LIBS;ENV" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC OFF AUTOUIC OFF AUTORCC OFF)
     target_include_directories(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/moc")
@@ -65,9 +65,12 @@ function(qel_test name)
         set(ARG_TIMEOUT 120)
     endif()
     set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Asia/Shanghai;${ARG_ENV}")
-    add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
-    if(ARG_POSTGRES)
+    if(NOT ARG_POSTGRES_ONLY)
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES
+            TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
+    endif()
+    if(ARG_POSTGRES OR ARG_POSTGRES_ONLY)
         add_test(NAME ${name}.pg COMMAND ${name})
         set_tests_properties(${name}.pg PROPERTIES
             TIMEOUT ${ARG_TIMEOUT}

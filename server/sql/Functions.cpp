@@ -37,8 +37,8 @@ struct Template
 // The QEL_ functions are registered on SQLite connections; for PostgreSQL they are part of the
 // database. An empty text that a function could give is turned into NULL.
 constexpr std::array<Template, 30> templates = {{
-    {Fn::Upper, "QEL_UPPER($1)", "UPPER($1)"},
-    {Fn::Lower, "QEL_LOWER($1)", "LOWER($1)"},
+    {Fn::Upper, "QEL_UPPER($1)", {}},
+    {Fn::Lower, "QEL_LOWER($1)", {}},
     {Fn::Trim, "NULLIF(TRIM($1),'')", {}},
     {Fn::Substr, "QEL_SUBSTR($*)", {}},
     {Fn::Length, "LENGTH($1)", {}},
@@ -46,7 +46,7 @@ constexpr std::array<Template, 30> templates = {{
     {Fn::Count, "COUNT($*)", {}},
     {Fn::Max, "MAX($*)", {}},
     {Fn::Min, "MIN($*)", {}},
-    {Fn::Sum, "SUM($*)", {}},
+    {Fn::Sum, "SUM($*)", "SUM($*::numeric)"}, // exact, so in whatever order
     {Fn::Avg, "AVG($*)", {}},
     {Fn::Coalesce, "COALESCE($*)", {}},
     {Fn::Choose, "CASE WHEN $1 IS NOT NULL THEN $2 ELSE $3 END", {}},

@@ -33,11 +33,39 @@ std::string Quoted(const std::string &text, char quote)
     return quoted;
 }
 
+/// The type of a value that shows none of its own; what stays open PostgreSQL takes for text.
+std::string_view PostgresCast(Type type)
+{
+    switch (type) {
+    case Type::Text:
+    case Type::Date:
+        return "::text";
+    case Type::Integer:
+        return "::int8";
+    case Type::Real:
+        return "::float8";
+    case Type::Null:
+        break;
+    }
+    return {};
+}
+
+bool HasSubSelect(const Node &value)
+{
+    return !ForEachNode(value, [](const Node &node) { return !node.query; });
+}
+
+bool IsTextColumn(const Node &node)
+{
+    return node.op == Op::Column && node.relation->table;
+}
+
 class Printer
 {
 public:
     explicit Printer(Dialect dialect)
         : dialect_(dialect)
+        , postgres_(dialect == Dialect::PostgreSql)
     {
     }
 
@@ -71,6 +99,8 @@ public:
                 separator = ", ";
                 if (IsConstant(*value))
                     Put("COALESCE('',NULL)"); // one group of any constant
+                else if (IsGroupedByPlace(*value))
+                    Put(std::to_string(PlaceOf(*value)));
                 else
                     Print(*value);
             }
@@ -127,9 +157,17 @@ private:
         }
     }
 
+    /// Of the schema, which is made of names without quotes: PostgreSQL keeps them in lower case.
+    std::string Name(const std::string &name) const
+    {
+        if (!postgres_)
+            return Quoted(name, '"');
+        return QString::fromStdString(name).toLower().toStdString();
+    }
+
     void PrintTable(const Relation &relation)
     {
-        const std::string name = Quoted(relation.table->name, '"');
+        const std::string name = Name(relation.table->name);
         if (relation.condition.empty()) {
             Put(name);
             return;
@@ -156,9 +194,7 @@ private:
                 return;
             Put(separator);
             separator = ", ";
-            Print(*term.value);
-            if (dialect_ == Dialect::PostgreSql && term.value->type == Type::Text)
-                Put(" COLLATE \"C\"");
+            PrintOrderValue(*term.value);
             if (term.descending)
                 Put(" DESC");
             // SQLite puts NULL below everything, PostgreSQL and Oracle above.
@@ -169,6 +205,41 @@ private:
         };
         for (const std::vector<OrderTerm> *terms : lists)
             std::for_each(terms->begin(), terms->end(), print);
+    }
+
+    /// Which output shows this value, from 1; 0: none.
+    size_t PlaceOf(const Node &value) const
+    {
+        const auto shown =
+            std::find_if(query_->outputs.begin(), query_->outputs.end(),
+                         [&](const Output &output) { return Equal(*output.value, value); });
+        return shown == query_->outputs.end()
+                   ? 0
+                   : static_cast<size_t>(shown - query_->outputs.begin()) + 1;
+    }
+
+    /// PostgreSQL does not see that two sub-selects are the same: what rows are grouped by is then
+    /// named by its place.
+    bool IsGroupedByPlace(const Node &value) const
+    {
+        return postgres_ && query_->grouped && PlaceOf(value) > 0 && HasSubSelect(value);
+    }
+
+    /// PostgreSQL orders distinct rows by what they show, as it stands there.
+    void PrintOrderValue(const Node &value)
+    {
+        if (const size_t place = PlaceOf(value);
+            place > 0 && ((postgres_ && query_->distinct) || IsGroupedByPlace(value)))
+            return Put(std::to_string(place));
+        Print(value);
+        PrintCollation(value);
+    }
+
+    /// The tables' own texts have this collation; that of others depends on the database.
+    void PrintCollation(const Node &value)
+    {
+        if (postgres_ && value.type == Type::Text && !IsTextColumn(value))
+            Put(" COLLATE \"C\"");
     }
 
     void PrintList(const std::vector<NodePtr> &nodes, std::string_view separator, size_t from = 0)
@@ -214,12 +285,15 @@ private:
         switch (node.op) {
         case Op::Null:
             Put("NULL");
+            Put(postgres_ ? PostgresCast(node.type) : "");
             break;
         case Op::Text:
             Put(Quoted(node.text, '\''));
             break;
         case Op::Number:
             Put(node.text);
+            if (postgres_ && node.type == Type::Real)
+                Put(PostgresCast(node.type)); // else it is exact, which comparisons would show
             break;
         case Op::Column:
             PrintColumn(node);
@@ -244,7 +318,7 @@ private:
             Put(")");
             break;
         case Op::Compare:
-            PrintInfix(node, " " + node.text + " ");
+            PrintInfix(node, " " + node.text + " ", node.text != "=" && node.text != "<>");
             break;
         case Op::Same:
             PrintInfix(node, dialect_ == Dialect::Sqlite ? " IS " : " IS NOT DISTINCT FROM ");
@@ -258,12 +332,12 @@ private:
             if (arguments.size() > 2) {
                 Put(" ESCAPE ");
                 Print(*arguments[2]);
-            } else if (dialect_ == Dialect::PostgreSql) {
+            } else if (postgres_) {
                 Put(" ESCAPE ''"); // a backslash is just a character
             }
             break;
         case Op::Between:
-            PrintInfix(node, node.negated ? " NOT BETWEEN " : " BETWEEN ");
+            PrintInfix(node, node.negated ? " NOT BETWEEN " : " BETWEEN ", true);
             Put(" AND ");
             Print(*arguments[2]);
             break;
@@ -286,9 +360,11 @@ private:
         }
     }
 
-    void PrintInfix(const Node &node, std::string_view symbol)
+    void PrintInfix(const Node &node, std::string_view symbol, bool byOrder = false)
     {
         Print(*node.arguments[0]);
+        if (byOrder && !IsTextColumn(*node.arguments[1]))
+            PrintCollation(*node.arguments[0]);
         Put(symbol);
         Print(*node.arguments[1]);
     }
@@ -309,7 +385,7 @@ private:
         else if (node.relation->query)
             Put("c" + std::to_string(node.column));
         else
-            Put(Quoted(node.relation->columns[static_cast<size_t>(node.column)].name, '"'));
+            Put(Name(node.relation->columns[static_cast<size_t>(node.column)].name));
     }
 
     void PrintFunction(const Node &node)
@@ -334,10 +410,22 @@ private:
                 if (node.fn == Fn::Count && node.arguments.empty())
                     Put("*");
                 PrintList(node.arguments, ", ");
+                if (node.fn == Fn::Min || node.fn == Fn::Max)
+                    PrintCollation(*node.arguments[0]);
             } else {
-                Print(*node.arguments[static_cast<size_t>(text[i] - '1')]);
+                PrintArgument(node, static_cast<size_t>(text[i] - '1'));
             }
         }
+    }
+
+    void PrintArgument(const Node &node, size_t at)
+    {
+        const Node &argument = *node.arguments[at];
+        Print(argument);
+        // PostgreSQL counts with small literals in 32 bits.
+        const bool counts = node.type == Type::Integer || node.type == Type::Real;
+        if (postgres_ && counts && argument.op == Op::Number && argument.type == Type::Integer)
+            Put(PostgresCast(Type::Integer));
     }
 
     /// NULL is left out; where nothing remains the whole is NULL.
@@ -377,6 +465,7 @@ private:
     }
 
     Dialect dialect_;
+    bool postgres_;
     std::string out_;
     const Query *query_ = nullptr; ///< that is being written
 };

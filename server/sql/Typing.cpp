@@ -208,10 +208,10 @@ NodePtr FunctionNode(Fn fn, Type type, std::vector<NodePtr> arguments, int size)
 
 NodePtr Convert(const NodePtr &node, Type type, qsizetype position)
 {
-    if (node->op == Op::Null)
+    // What has no type is NULL, be it a column of a sub-select.
+    if (node->op == Op::Null || (node->type == Type::Null && type != Type::Null))
         return node->type == type ? node : NullNode(type, node->size);
-    if (type == Type::Null || node->type == type || node->type == Type::Null ||
-        (IsNumber(node->type) && IsNumber(type)))
+    if (type == Type::Null || node->type == type || (IsNumber(node->type) && IsNumber(type)))
         return node;
     switch (type) {
     case Type::Text:

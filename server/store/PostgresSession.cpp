@@ -33,14 +33,16 @@ struct StateKind
 };
 
 // The first that fits.
-constexpr std::array<StateKind, 13> stateKinds = {{
+constexpr std::array<StateKind, 15> stateKinds = {{
     {"57014", Kind::Stopped},
     {"40001", Kind::Conflict}, // serialization_failure
     {"40P01", Kind::Conflict}, // deadlock_detected
     {"23", Kind::Constraint},
     {"54", Kind::TooComplex},
+    {"42803", Kind::TooComplex}, // sub-selects in what rows are grouped by
     {RefusedValue, Kind::BadValue},
     {"22", Kind::BadValue},
+    {"21", Kind::BadValue}, // a sub-select that is a value has several rows
     {"08", Kind::Lost},
     {"57P01", Kind::Lost}, // the server is being shut down
     {"57P02", Kind::Lost}, // crashed
@@ -318,7 +320,9 @@ void PostgresSession::Fail(PostgresResult result, QByteArrayView sql)
     }
     const bool ownWords = kind != Kind::BadValue || state == RefusedValue.data();
     Throw(kind, QString::fromLatin1(state), message, sql,
-          ownWords ? message : u"数值超出范围，或不能这样转换"_s);
+          ownWords                 ? message
+          : state.startsWith("21") ? u"子查询作为一个值，却有多行"_s
+                                   : u"数值超出范围，或不能这样转换"_s);
 }
 
 void PostgresSession::FailLost(QByteArrayView sql)

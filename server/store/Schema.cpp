@@ -117,6 +117,25 @@ void MakeReaderRole(Connection &connection)
     }
 }
 
+/// A collation that maps the case of every character to one other. Which of them there are depends
+/// on the system that PostgreSQL runs on; the last is there always and makes ß two characters.
+QByteArray CaseCollation(Connection &connection)
+{
+    for (const char *name : {"pg_c_utf8", "C.utf8", "C.UTF-8", "en_US.utf8"}) {
+        if (connection.Exists("SELECT 1 FROM pg_collation WHERE collname = ?1",
+                              {QString::fromLatin1(name)}))
+            return QByteArray(1, '"') + name + '"';
+    }
+    return "\"und-x-icu\"";
+}
+
+/// The functions of the query language; SQLite has them in the program.
+void CreateFunctions(Connection &connection)
+{
+    connection.Execute(
+        ReadResource(u":/schema/postgresql.sql"_s).replace("@CASE@", CaseCollation(connection)));
+}
+
 void GrantReading(Connection &connection)
 {
     const QByteArray role = PostgresReaderRole;
@@ -159,7 +178,7 @@ void CreateSchema(Connection &connection)
     for (const Sql::Table &table : SchemaCatalog().Tables())
         connection.Execute(CreateTable(table, connection.CurrentDialect()));
     if (postgres) {
-        connection.Execute(ReadResource(u":/schema/postgresql.sql"_s));
+        CreateFunctions(connection);
         GrantReading(connection);
     }
     CreateIndexes(connection);

@@ -14,10 +14,11 @@ constexpr std::string_view LogTable = "SYS_UPDATE_LOG";
 constexpr std::string_view SharedTables[] = {"BAS_REGION", "BAS_ORG", "CAT_ORG", "BAS_PRODUCT",
                                              "USR_USER"};
 
-/// "UNION_ID" IN ('1','2') for the column.
+/// UNION_ID IN ('1','2') for the column. Names stand without quotes: PostgreSQL keeps those of the
+/// schema in lower case.
 std::string In(std::string_view column, const QStringList &unions)
 {
-    std::string text = '"' + std::string(column) + "\" IN (";
+    std::string text = std::string(column) + " IN (";
     const char *separator = "'";
     for (const QString &id : unions) {
         text += separator + QString(id).replace(u'\'', QStringLiteral("''")).toStdString() + '\'';
@@ -33,13 +34,13 @@ std::string LogCondition(const Sql::Table &table, const QStringList &unions)
     const auto place =
         std::find(table.primaryKey.begin(), table.primaryKey.end(), table.IndexOf(UnionColumn));
     const auto position = std::distance(table.primaryKey.begin(), place);
-    const std::string begin = "(\"TABLE_NAME\" = '" + table.name + "' AND ";
+    const std::string begin = "(TABLE_NAME = '" + table.name + "' AND ";
     if (table.primaryKey.size() > 2)
         return {}; // the quotations to buyers are logged by seller and buyer, without the group
     if (place != table.primaryKey.end())
         return begin + In(position == 0 ? "KEY_ID1" : "KEY_ID2", unions) + ')';
     const std::string key = table.columns[static_cast<std::size_t>(table.primaryKey[0])].name;
-    return begin + "\"KEY_ID1\" IN (SELECT \"" + key + "\" FROM \"" + table.name + "\" WHERE " +
+    return begin + "KEY_ID1 IN (SELECT " + key + " FROM " + table.name + " WHERE " +
            In(UnionColumn, unions) + "))";
 }
 

@@ -7,15 +7,14 @@ BEGIN
     RAISE EXCEPTION USING ERRCODE = 'QE001', MESSAGE = MESSAGE;
 END $$;
 
--- The mapping of all of Unicode, where ß is SS, whatever the collation of the column is.
+-- Character by character, whatever the collation of the column is; @CASE@ maps all of Unicode.
 CREATE FUNCTION QEL_UPPER(VALUE text) RETURNS text
 LANGUAGE sql IMMUTABLE STRICT PARALLEL SAFE
-RETURN pg_catalog.upper(VALUE COLLATE "und-x-icu") COLLATE "C";
+RETURN pg_catalog.upper(VALUE COLLATE @CASE@) COLLATE "C";
 
--- A sigma is the same at the end of a word as elsewhere.
 CREATE FUNCTION QEL_LOWER(VALUE text) RETURNS text
 LANGUAGE sql IMMUTABLE STRICT PARALLEL SAFE
-RETURN pg_catalog.lower(pg_catalog.translate(VALUE, 'Σ', 'σ') COLLATE "und-x-icu") COLLATE "C";
+RETURN pg_catalog.lower(VALUE COLLATE @CASE@) COLLATE "C";
 
 -- Positions count characters from 1, from the end if negative; 0 is 1.
 CREATE FUNCTION QEL_SUBSTR(VALUE text, POSITION_ double precision, WANTED double precision)

@@ -196,13 +196,15 @@ private slots:
     {
         QFETCH(qsizetype, at);
         const Nesting &nesting = Nestings()[at];
+        // PostgreSQL takes its time to plan a join of forty tables.
+        const int step = TestsRunOnPostgres() ? 9 : 1;
         int deepest = 0;
-        for (int depth = 1; depth <= MaxDepth + 1; ++depth) {
+        for (int depth = 1; depth <= MaxDepth + 1; depth += depth < Guaranteed ? 1 : step) {
             const std::optional<int> rows = Rows(nesting.Statement(depth));
             if (!rows)
                 continue;
-            QVERIFY2(deepest == depth - 1,
-                     qPrintable(u"%1 is refused, %2 not"_s.arg(deepest + 1).arg(depth)));
+            QVERIFY2(deepest >= depth - step,
+                     qPrintable(u"one behind %1 is refused, %2 not"_s.arg(deepest).arg(depth)));
             QCOMPARE(*rows, depth % 2 == 0 ? nesting.rowsEven : nesting.rowsOdd);
             deepest = depth;
         }
@@ -306,10 +308,15 @@ private slots:
         const Nesting &derived = *std::ranges::find_if(Nestings(), [](const Nesting &one) {
             return qstrcmp(one.name, "derived tables") == 0;
         });
-        ExpectLimit(derived.Statement(30), -1, u"嵌套过深或列过多，超出数据库的限度"_s);
         const QString half(30'000, u'a');
-        ExpectLimit(Where + u"ORG_NAME LIKE '"_s + half + u"'||'"_s + half + u'\'', -1,
-                    u"嵌套过深或列过多，超出数据库的限度"_s);
+        const QString like = Where + u"ORG_NAME LIKE '"_s + half + u"'||'"_s + half + u'\'';
+        if (TestsRunOnPostgres()) { // takes both
+            QCOMPARE(Rows(derived.Statement(30)).value_or(0), 8);
+            QCOMPARE(Rows(like).value_or(-1), 0);
+            return;
+        }
+        ExpectLimit(derived.Statement(30), -1, u"嵌套过深或列过多，超出数据库的限度"_s);
+        ExpectLimit(like, -1, u"嵌套过深或列过多，超出数据库的限度"_s);
     }
 
 private:

@@ -206,9 +206,9 @@ private slots:
     void initTestCase()
     {
         data_.Connection().Execute(
-            "UPDATE BAS_ORG SET ORG_CODE = (ORG_ID - 200000) * 7,"
-            " ORG_TYPE = NULLIF(ORG_ID % 3, 0),"
-            " LAST_UPDATE = '2024-01-0' || (ORG_ID - 200000) || ' 00:00:00'");
+            "UPDATE BAS_ORG SET ORG_CODE = CAST((CAST(ORG_ID AS INTEGER) - 200000) * 7 AS TEXT),"
+            " ORG_TYPE = CAST(NULLIF(CAST(ORG_ID AS INTEGER) % 3, 0) AS TEXT),"
+            " LAST_UPDATE = '2024-01-0' || SUBSTR(ORG_ID, 6) || ' 00:00:00'");
     }
 
     void EachIsAnsweredWholeOrRefused()

@@ -2,12 +2,10 @@
 #include "TextFile.h"
 
 #include "sql/SqlError.h"
-#include "store/Database.h"
 #include "store/QueryRunner.h"
-#include "store/Schema.h"
+#include "support/TestDatabase.h"
 
 #include <QDir>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -29,21 +27,17 @@ class FileDatabase
 {
 public:
     explicit FileDatabase(const TextFile &file)
-        : database_(Store::Database::Open(u"sqlite:"_s + folder_.filePath(u"t.sqlite"_s)))
-        , writer_(database_->OpenWriter())
     {
-        Store::CreateSchema(*writer_);
         for (const TableBlock &block : file.tables)
             Fill(block);
-        runner_ = std::make_unique<Store::QueryRunner>(*writer_, Store::QueryLimits{});
     }
 
     RowSet Run(const QString &sql, int page = 0, int pageSize = 0)
     {
-        return RowSet::Load(runner_->Run(sql, page, pageSize).block);
+        return RowSet::Load(runner_.Run(sql, page, pageSize).block);
     }
     /// As the counting text has it: only of a page that is not full is the total known without.
-    qint64 Total(const QString &sql) { return runner_->Run(sql, 1, 1).total; }
+    qint64 Total(const QString &sql) { return runner_.Run(sql, 1, 1).total; }
 
 private:
     void Fill(const TableBlock &block)
@@ -51,10 +45,10 @@ private:
         QStringList marks;
         for (int at = 1; at <= block.columns.size(); ++at)
             marks << u'?' + QString::number(at);
-        const auto statement =
-            writer_->Prepare(u"INSERT INTO %1 (%2) VALUES (%3)"_s
-                                 .arg(block.table, block.columns.join(u','), marks.join(u','))
-                                 .toUtf8());
+        const auto statement = data_.Connection().Prepare(
+            u"INSERT INTO %1 (%2) VALUES (%3)"_s
+                .arg(block.table, block.columns.join(u','), marks.join(u','))
+                .toUtf8());
         for (const Row &row : block.rows) {
             for (int at = 0; at < row.size(); ++at)
                 statement->Bind(at + 1, row[at]);
@@ -63,10 +57,9 @@ private:
         }
     }
 
-    QTemporaryDir folder_;
-    std::unique_ptr<Store::Database> database_;
-    std::unique_ptr<Store::Connection> writer_;
-    std::unique_ptr<Store::QueryRunner> runner_;
+    TestDatabase data_{TestDatabase::Content::Tables};
+    std::unique_ptr<Store::Connection> reader_ = data_.Database().OpenReader();
+    Store::QueryRunner runner_{*reader_, {}};
 };
 
 struct LoadedFile
@@ -136,6 +129,8 @@ class SqlTextTest : public QObject
     Q_OBJECT
 
 private slots:
+    void cleanupTestCase() { Files().clear(); }
+
     void Statement_data()
     {
         QTest::addColumn<QString>("file");

@@ -150,8 +150,9 @@ private slots:
     void GivesWhatSmallerDatabaseWouldGive()
     {
         QFETCH(QString, sql);
-        Store::QueryRunner whole(whole_.Connection(), {});
-        Store::QueryRunner cut(cut_.Connection(), {});
+        Store::QueryRunner whole(*reader_, {});
+        const auto cutReader = cut_.Database().OpenReader();
+        Store::QueryRunner cut(*cutReader, {});
         const auto expected = cut.Run(sql, 0, 0);
         const auto given = whole.Run(sql, 0, 0, Scope);
         QCOMPARE(given.total, expected.total);
@@ -172,7 +173,7 @@ private slots:
 
     void WithoutScopeSeesEverything()
     {
-        Store::QueryRunner runner(whole_.Connection(), {});
+        Store::QueryRunner runner(*reader_, {});
         const QString sql = u"SELECT UNION_ID FROM UNI_UNION"_s;
         QCOMPARE(runner.Run(sql, 0, 0).total, 5);
         // Nor is a text that is kept compiled for one taken for the other.
@@ -195,7 +196,7 @@ private slots:
     void TablesOfNoGroupAreClosed()
     {
         QFETCH(QString, sql);
-        Store::QueryRunner runner(whole_.Connection(), {});
+        Store::QueryRunner runner(*reader_, {});
         try {
             runner.Run(sql, 0, 0, Scope);
             QFAIL("it was read");
@@ -221,6 +222,7 @@ private slots:
 
 private:
     TestDatabase whole_;
+    std::unique_ptr<Store::Connection> reader_ = whole_.Database().OpenReader();
     TestDatabase cut_;
 };
 
