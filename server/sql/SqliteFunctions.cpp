@@ -86,13 +86,29 @@ bool OnlyAsciiHasCase(std::string_view text)
     });
 }
 
+/// Unicode's mapping of one character to one. Qt leaves those alone that have one to several too:
+/// Greek vowels with a small iota below, and the dotted capital I.
+uint WithOtherCase(uint c, bool upper)
+{
+    constexpr uint iotaBelow[] = {0x1f80, 0x1f90, 0x1fa0}; // eight small ones, eight capitals
+    constexpr uint iotaBelowAlone[] = {0x1fb3, 0x1fc3, 0x1ff3};
+    constexpr uint dottedI = 0x130;
+    if (upper && std::ranges::find(iotaBelow, c & ~7u) != std::end(iotaBelow))
+        return c + 8;
+    if (upper && std::ranges::find(iotaBelowAlone, c) != std::end(iotaBelowAlone))
+        return c + 9;
+    if (!upper && c == dottedI)
+        return U'i';
+    return upper ? QChar::toUpper(c) : QChar::toLower(c);
+}
+
 /// Character by character, so that no text grows beyond the size of its field: ß has no capital of
 /// one character and stays as it is.
 QByteArray WithOtherCase(const QString &text, bool upper)
 {
     QList<uint> characters = text.toUcs4();
     for (uint &c : characters)
-        c = upper ? QChar::toUpper(c) : QChar::toLower(c);
+        c = WithOtherCase(c, upper);
     return QString::fromUcs4(reinterpret_cast<const char32_t *>(characters.constData()),
                              characters.size())
         .toUtf8();
