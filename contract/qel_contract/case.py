@@ -19,8 +19,8 @@ def shown(value):
 
 
 class Case:
-    def __init__(self, peer, site, second=None):
-        self.peer, self.site, self.second = peer, site, second
+    def __init__(self, peer, site, second=None, limited=None):
+        self.peer, self.site, self.second, self.limited = peer, site, second, limited
         self._endings = []
         self._peers = []
 

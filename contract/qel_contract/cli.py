@@ -16,6 +16,7 @@ from .version import VERSION
 
 TOKEN = "QEL_CONTRACT_TOKEN"
 SECOND_TOKEN = "QEL_CONTRACT_SECOND_TOKEN"
+LIMITED_TOKEN = "QEL_CONTRACT_LIMITED_TOKEN"
 MEDIA = {"cbor": [CBOR], "json": [JSON], "mixed": [CBOR, JSON], "both": [CBOR, JSON]}
 
 
@@ -30,14 +31,17 @@ def parser():
                     " differs. Run it against a test system: it makes groups, members, prices and"
                     " more, and takes them away again. Status 0: nothing differs; 1: something does;"
                     " 2: it could not run.",
-        epilog=f"Tokens are read from {TOKEN} and {SECOND_TOKEN} in the environment, or from files;"
-               " never from the command line.")
+        epilog=f"Tokens are read from {TOKEN}, {SECOND_TOKEN} and {LIMITED_TOKEN} in the environment, or from"
+               " files; never from the command line.")
     made.add_argument("--version", action="version", version=f"qel-contract {VERSION}")
     made.add_argument("--server", metavar="URL", help="address of the server: http://HOST:PORT/PATH")
     made.add_argument("--user", metavar="CODE", help="code of the user that asks")
     made.add_argument("--token-file", metavar="FILE", help="file with the user's token in its first line")
     made.add_argument("--second-user", metavar="CODE", help="code of another user, for two checks")
     made.add_argument("--second-token-file", metavar="FILE", help="file with that user's token")
+    made.add_argument("--limited-user", metavar="CODE",
+                      help="code of a user with a token that is limited to some groups, for three checks")
+    made.add_argument("--limited-token-file", metavar="FILE", help="file with that token")
     made.add_argument("--ca-file", metavar="FILE",
                       help="certificates to trust beside the system's, for https")
     made.add_argument("--only", metavar="PATTERN", action="append",
@@ -104,8 +108,10 @@ def check_server(options, checks, out):
     ours = peers(address, options.user, token(TOKEN, options.token_file), options)
     seconds = peers(address, options.second_user, token(SECOND_TOKEN, options.second_token_file),
                     options) if options.second_user else {}
+    limited = peers(address, options.limited_user, token(LIMITED_TOKEN, options.limited_token_file),
+                    options) if options.limited_user else {}
     try:
-        for peer in [*ours.values(), *seconds.values()]:
+        for peer in [*ours.values(), *seconds.values(), *limited.values()]:
             peer.session()
     except NoAnswer as error:
         raise CannotRun(str(error)) from error
@@ -127,7 +133,7 @@ def check_server(options, checks, out):
     mode = Mode(options.read_only, options.heavy, options.roll_back)
     left_behind = []
     try:
-        results = run(checks, ours, site, seconds, mode, tell, options.media == "both")
+        results = run(checks, ours, site, mode, seconds, limited, tell, options.media == "both")
     finally:
         left_behind = site.close()
     out.write(report.summary(results, left_behind, time.monotonic() - begin) + "\n")

@@ -21,6 +21,7 @@ class Check:
     heavy: bool = False  # sends or asks for megabytes
     rolls_back: bool = False  # changes what cannot be put back
     second: bool = False  # needs a second user
+    limited: bool = False  # needs a credential that is limited to some groups
 
 
 _checks = []

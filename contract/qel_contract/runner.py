@@ -33,7 +33,7 @@ class Mode:
     heavy: bool = False
     roll_back: bool = False
 
-    def refuses(self, check, has_second):
+    def refuses(self, check, has_second, has_limited):
         """Why the check is not run; empty if it is."""
         if check.writes and self.read_only:
             return "it writes: run without --read-only"
@@ -43,19 +43,21 @@ class Mode:
             return "it takes back an order, a return or a receipt for good: run with --roll-back"
         if check.second and not has_second:
             return "it needs another user: run with --second-user"
+        if check.limited and not has_limited:
+            return "it needs a credential that is limited to some groups: run with --limited-user"
         return ""
 
 
-def run_one(check, media, peer, site, second, mode):
+def run_one(check, media, peer, site, mode, second=None, limited=None):
     begin = time.monotonic()
 
     def result(outcome, what="", expected="", found=""):
         return Result(check, media, outcome, time.monotonic() - begin, what, expected, found)
 
-    reason = mode.refuses(check, second is not None)
+    reason = mode.refuses(check, second is not None, limited is not None)
     if reason:
         return result(SKIPPED, reason)
-    case = Case(peer, site, second)
+    case = Case(peer, site, second, limited)
     try:
         try:
             check.run(case)
@@ -78,15 +80,16 @@ def run_one(check, media, peer, site, second, mode):
     return result(PASSED)
 
 
-def run(checks, peers, site, seconds, mode, tell=lambda result: None, each=False):
-    """`peers` and `seconds` are by media type; `seconds` is empty without a second user. With `each`
-    a check that is content with either media type is run in each."""
+def run(checks, peers, site, mode, seconds=None, limited=None, tell=lambda result: None, each=False):
+    """Peers are by media type: the user's, those of a second one, and of a credential that is limited to
+    groups. With `each` a check that is content with either media type is run in each."""
     results, turn = [], itertools.cycle(peers)
     for check in checks:
         for media in check.media or (list(peers) if each else [next(turn)]):
             if media not in peers:
                 continue
-            results.append(run_one(check, media, peers[media], site, seconds.get(media), mode))
+            results.append(run_one(check, media, peers[media], site, mode, (seconds or {}).get(media),
+                                   (limited or {}).get(media)))
             tell(results[-1])
     return results
 

@@ -26,16 +26,20 @@ class Kit:
             "SELECT USER_CODE FROM USR_USER WHERE ENABLE_FLAG = '1' AND LAST_OPERATE <> 'D' AND USER_CODE"
             f" <> '{served.USER}' ORDER BY USER_CODE", 1, 1).rows[0][0]
         self._second_token = served.token_for(self._second)
+        group = self.peer.query("SELECT UNION_ID FROM UNI_UNION WHERE LAST_OPERATE <> 'D' ORDER BY"
+                                " UNION_ID", 1, 1).rows[0][0]
+        self._limited_token = served.token_for(self._second, "--unions", group)
 
     def run(self, *options):
         """Status, printed text, and the results as the JSON file has them."""
         with tempfile.NamedTemporaryFile(suffix=".json") as file:
             done = subprocess.run(
                 [sys.executable, self._program, "--server", self._served.url, "--user", self._served.USER,
-                 "--second-user", self._second, "--json", file.name, *options],
+                 "--second-user", self._second, "--limited-user", self._second, "--json", file.name, *options],
                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                 env={**os.environ, "QEL_CONTRACT_TOKEN": self._served.token,
-                     "QEL_CONTRACT_SECOND_TOKEN": self._second_token, "PYTHONDONTWRITEBYTECODE": "1"})
+                     "QEL_CONTRACT_SECOND_TOKEN": self._second_token,
+                     "QEL_CONTRACT_LIMITED_TOKEN": self._limited_token, "PYTHONDONTWRITEBYTECODE": "1"})
             try:
                 results = json.load(file)["results"]
             except ValueError:
@@ -71,10 +75,10 @@ def main(program, server):
         expect(all(result["outcome"] == "skipped" for result in results if result["id"].startswith("post.")),
                "a check posts with --read-only")
 
-        # The second run, which also takes back orders, finds the marked rows of the first.
+        # The second run, which also takes back orders and sends megabytes, finds the marked rows of the first.
         status, text, _ = kit.run("--only", "method.UniUnion.*", "--only", "method.BusDataRollBack.*", "--only",
-                                  "method.OrgAffiliationManager.*", "--only", "key.*", "--roll-back",
-                                  "--media", "json")
+                                  "method.OrgAffiliationManager.*", "--only", "key.*", "--only", "limit.*",
+                                  "--only", "credential.*", "--roll-back", "--heavy", "--media", "json")
         print(text)
         expect(status == 0, f"the second run: status {status}")
         expect(kit.live() == before, f"left behind: {before} became {kit.live()}")

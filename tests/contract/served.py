@@ -86,7 +86,7 @@ class Served:
         finally:
             self._database.drop()
 
-    def token_for(self, code):
-        made = subprocess.run([self._program, "user", "add", code], check=True, text=True,
+    def token_for(self, code, *options):
+        made = subprocess.run([self._program, "user", "add", code, *options], check=True, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=self._environment)
         return made.stdout.strip()

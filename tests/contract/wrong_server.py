@@ -374,7 +374,7 @@ def main(server):
             peers = {media: Peer(address, served.USER, served.token, media) for media in (CBOR, JSON)}
             site = Site(honest, read_only=False)
             try:
-                return run([checks[identifier]], peers, site, {}, Mode(), each=True)
+                return run([checks[identifier]], peers, site, Mode(), each=True)
             finally:
                 proxy.mistake = (None, None)
                 site.close()

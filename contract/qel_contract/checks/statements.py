@@ -58,6 +58,10 @@ def counted(rows):
     return Counter(map(repr, rows))
 
 
+def described(shape, ids):
+    return shape.name + "".join(f", {name} {value}" for name, value in ids.items())
+
+
 def ids_of(case, shape):
     site, ids = case.site, {}
     for name, what in shape.bind.items():
@@ -84,7 +88,7 @@ def _is_answered(shape, name):
             pages_meet(case, base_text, base)
             return
         if not rows:
-            raise Missing(f"rows of {shape.base}")
+            raise Missing(f"rows of {described(shape, ids)}")
         if name in shape.loose:
             is_part_of(case, shape, bound(text, ids), base)
             return
@@ -111,7 +115,7 @@ def narrows(case, shape, text, base, rows, turn=0):
     filtered, passes = next((made for row in probes if (made := narrowed(shape, text, row, turn))[0]),
                             (None, None))
     if filtered is None:
-        raise Missing(f"a row with values in the columns of the filters of {text}")
+        raise Missing(f"a row of {shape.name} with values in the columns that it is searched by")
     table = case.peer.query(filtered, 1, 2 * WINDOW)
     fields_are(case, shape, table)
     found = table.maps()
