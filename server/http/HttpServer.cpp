@@ -75,6 +75,7 @@ public:
         , stopSignals_(context_, SIGTERM, SIGINT)
         , reloadSignals_(context_, SIGHUP)
         , drain_(context_)
+        , bodyRoom_(options.bodyRoom)
         , readers_(static_cast<std::size_t>(options.readers))
         , writers_(static_cast<std::size_t>(options.writers))
         , prober_(1)
@@ -243,7 +244,7 @@ private:
             buffer.commit(size);
         }
         const auto deadline = std::min(Clock::now() + options_.requestTime, latest);
-        Incoming incoming;
+        Incoming incoming(bodyRoom_);
         incoming.request.address = self.link.Address();
         incoming.request.door = self.door;
         incoming.request.deadline = deadline;
@@ -428,6 +429,7 @@ private:
     asio::signal_set stopSignals_;
     asio::signal_set reloadSignals_;
     asio::steady_timer drain_;
+    BodyRoom bodyRoom_;
     Peers strangers_; ///< without a whole request or a good credential; longest waiting first
     Peers known_;     ///< between the requests of somebody with a good credential
     Peers answering_; ///< whose request is being answered

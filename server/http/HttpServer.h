@@ -22,7 +22,8 @@ struct ServerOptions
     QString key;
     QString metricsHost; ///< of Door::Metrics, always without TLS; empty: there is none
     quint16 metricsPort = 0;
-    std::size_t bodyLimit = 8u << 20; ///< bytes of one request's body
+    std::size_t bodyLimit = 8u << 20;  ///< bytes of one request's body
+    std::size_t bodyRoom = 256u << 20; ///< bytes of all large bodies together
     int connectionLimit = 1'000;
     /// From the first byte of a request to the last of its answer; a TLS handshake counts.
     std::chrono::milliseconds requestTime{60'000};

@@ -62,6 +62,7 @@ enum class Broken {
     Malformed,      ///< bytes that are no request, or that two servers could read in two ways
     HeaderTooLarge, ///< request line and headers
     TooLarge,       ///< the body
+    NoRoom,         ///< the body, at this moment, beside those of others
     Stopping,       ///< whole and good, but the server is being stopped
 };
 

@@ -23,13 +23,16 @@ struct CodeStatus
 };
 
 constexpr CodeStatus Statuses[] = {
-    {"auth.refused", 401},          {"auth.required", 401},       {"auth.too_many", 429},
-    {"http.header_too_large", 431}, {"http.method", 405},         {"http.not_found", 404},
-    {"http.too_large", 413},        {"http.type", 415},           {"post.key_reused", 409},
-    {"post.not_done", 503},         {"post.operator", 403},       {"post.scope", 403},
-    {"post.unknown", 500},          {"post.unknown_method", 404}, {"query.too_large", 422},
-    {"server.failure", 500},        {"server.stopping", 503},     {"sql.scope", 403},
-    {"sql.timeout", 504},
+    {"auth.refused", 401},    {"auth.required", 401},
+    {"auth.too_many", 429},   {"http.header_too_large", 431},
+    {"http.method", 405},     {"http.not_found", 404},
+    {"http.too_large", 413},  {"http.type", 415},
+    {"post.key_reused", 409}, {"post.not_done", 503},
+    {"post.operator", 403},   {"post.scope", 403},
+    {"post.unknown", 500},    {"post.unknown_method", 404},
+    {"query.too_large", 422}, {"server.busy", 503},
+    {"server.failure", 500},  {"server.stopping", 503},
+    {"sql.scope", 403},       {"sql.timeout", 504},
 };
 
 /// Databases repeat values in their messages: in single quotes, or in double ones after a colon.

@@ -126,6 +126,8 @@ asio::awaitable<ReadResult> ReadRequest(Link &link, beast::flat_buffer &buffer,
         if (const error_code failure = co_await ReadMore(link, buffer, BodyRead))
             co_return Ended(failure);
         moved += buffer.size() - before;
+        if (!into.share.Fits(moved))
+            co_return ReadResult{End::Refused, Broken::NoRoom};
     }
     into.body = std::move(parser.get().body());
     into.request.body =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "http/BodyRoom.h"
 #include "http/Link.h"
 #include "http/Message.h"
 #include "http/Pace.h"
@@ -14,8 +15,14 @@ namespace Qel::Http {
 /// A request on its way in, and what its connection is to do after it.
 struct Incoming
 {
+    explicit Incoming(BodyRoom &room)
+        : share(room)
+    {
+    }
+
     Request request;
     std::string body; ///< what request.body is a view of
+    BodyRoom::Share share;
     bool keepAlive = false;
     bool isHead = false; ///< the answer has no body
 };

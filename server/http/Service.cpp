@@ -123,7 +123,7 @@ void CheckKey(const QByteArray &key)
         throw EProblem("http.bad_request", u"Idempotency-Key 应为至多 64 个可见 ASCII 字符。"_s);
 }
 
-constexpr int StopRetry = 2; ///< seconds; until then another server, or this one anew, answers
+constexpr int Retry = 2; ///< seconds; until then another server, or this one, answers
 
 LogEntry NewEntry(const Request &request, const QByteArray &address)
 {
@@ -237,8 +237,10 @@ Response Service::Refuse(Broken what, const Request &request) noexcept
             return EProblem("http.too_large", u"请求过大。"_s);
         case Broken::HeaderTooLarge:
             return EProblem("http.header_too_large", u"请求头过大。"_s);
+        case Broken::NoRoom:
+            return EProblem("server.busy", u"服务器繁忙，请稍后再试。"_s, Retry);
         case Broken::Stopping:
-            return EProblem("server.stopping", u"服务器正在停止，请稍后再试。"_s, StopRetry);
+            return EProblem("server.stopping", u"服务器正在停止，请稍后再试。"_s, Retry);
         case Broken::Malformed:
             break;
         }
@@ -261,7 +263,7 @@ Response Service::Failed(const std::exception_ptr &failure, const Request &reque
 {
     Failure explained = Explain(failure, log.reference);
     if (explained.code == "sql.timeout" && Clock::now() > stopBy_.load())
-        explained = {"server.stopping", u"服务器正在停止，请稍后再试。"_s, {}, StopRetry};
+        explained = {"server.stopping", u"服务器正在停止，请稍后再试。"_s, {}, Retry};
     log.code = explained.code;
     log.detail = explained.detail;
     const Wire::Format format = AnswerFormat(request);
@@ -368,6 +370,7 @@ Response Service::Ready(const Request &, LogEntry &log)
 
 Response Service::Figures(const Request &, LogEntry &)
 {
+    metrics_.postsRepeated = writers_.Repeats();
     return {200, Metrics::ContentType, metrics_.Text()};
 }
 

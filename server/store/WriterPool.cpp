@@ -109,6 +109,7 @@ void WriterPool::Run(Clock::time_point deadline, const std::function<void(Connec
             if (again >= (isLoss ? lossDeadline : deadline))
                 throw;
         }
+        ++repeats_;
         std::this_thread::sleep_until(again);
     }
 }

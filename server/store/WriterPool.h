@@ -2,6 +2,7 @@
 
 #include "store/Database.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -21,6 +22,7 @@ public:
     explicit WriterPool(Database &database);
 
     int Size() const { return size_; }
+    qint64 Repeats() const { return repeats_; } ///< how often work was called again, so far
 
     /// Calls `work` with a connection of its own. After Kind::Conflict, and after Kind::Lost for a
     /// few seconds, it is called again with growing pauses, for as long as there is time; then the
@@ -41,6 +43,7 @@ private:
     std::condition_variable freed_;
     std::vector<std::unique_ptr<Connection>> atRest_; ///< the last used on top
     int taken_ = 0;
+    std::atomic<qint64> repeats_ = 0;
 };
 
 } // namespace Qel::Store

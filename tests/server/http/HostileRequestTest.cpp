@@ -166,6 +166,32 @@ private slots:
         QVERIFY(server_->WaitForMetric("qel_connections_slow_total", slow + 1));
     }
 
+    void LargeBodiesShareTheirRoom()
+    {
+        // Each a byte short of whole, together more than the 256 MiB that there are.
+        ServerProcess patient(QStringList{u"--database"_s, site_->Url()} + WithMetrics);
+        constexpr qsizetype size = 8 << 20;
+        const QByteArray head =
+            "POST /NorvaneServlet HTTP/1.1\r\nHost: x\r\nContent-Type: application/json\r\n"
+            "Content-Length: " +
+            QByteArray::number(size) + "\r\n\r\n";
+        const QByteArray body(size - 1, ' ');
+        std::vector<std::unique_ptr<RawClient>> clients;
+        const QByteArray refused = "qel_requests_total{route=\"refused\",status=\"5xx\"}";
+        const auto sendOne = [&] {
+            clients.push_back(std::make_unique<RawClient>(patient.Port()));
+            clients.back()->Send(head + body);
+        };
+        while (patient.Metric(refused) == 0 && clients.size() < 40)
+            sendOne();
+        QVERIFY(clients.size() > 30);
+        sendOne();
+        const HttpReply reply = clients.back()->Receive();
+        QCOMPARE(reply.status, 503);
+        QCOMPARE(Wire::DecodeErrorAnswer(reply.body, Wire::Format::Json).code, u"server.busy"_s);
+        QCOMPARE(patient.Query(u"SELECT ORG_ID FROM BAS_ORG"_s).status, 200);
+    }
+
     void AnAnswerThatNobodyTakesIsGivenUp()
     {
         RawClient client(server_->Port());
