@@ -7,7 +7,7 @@
 #include "http/Service.h"
 #include "store/Credentials.h"
 #include "store/Database.h"
-#include "store/Schema.h"
+#include "store/Migrations.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -26,14 +26,15 @@ namespace Qel {
 
 namespace {
 
-/// Makes the tables of an empty database and fills them if the sample data is wanted. A database
+/// Makes the tables of an empty database and fills them if the sample data is wanted; older tables
+/// are brought up to date for that alone, as a site's own wait for their administrator. A database
 /// whose filling was cut short has tables and no users: it is filled again. What the database
 /// knows of its contents is brought up to date.
 void Prepare(Store::Database &database, const Options &options)
 {
     const auto connection = database.OpenWriter();
-    if (!Store::HasSchema(*connection))
-        Store::CreateSchema(*connection);
+    Store::PrepareSchema(*connection,
+                         options.demo ? Store::OldTables::Migrate : Store::OldTables::Refuse);
     if (options.demo && !connection->Exists("SELECT 1 FROM USR_USER"))
         Demo::Fill(*connection, QDate::currentDate());
     Store::UpdateStatistics(*connection);

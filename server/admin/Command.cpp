@@ -1,6 +1,8 @@
 #include "admin/Command.h"
 
+#include "admin/DatabaseCommands.h"
 #include "admin/DatabaseOption.h"
+#include "admin/SiteCommands.h"
 #include "admin/UserCommands.h"
 #include "dataset/QelError.h"
 
@@ -55,7 +57,7 @@ int Run(const Command &command, const QStringList &words)
 
 const QList<Command> &Commands()
 {
-    static const QList<Command> commands = UserCommands();
+    static const QList<Command> commands = UserCommands() + DatabaseCommands() + SiteCommands();
     return commands;
 }
 

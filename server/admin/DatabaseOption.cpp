@@ -53,12 +53,17 @@ QString DatabaseUrl(const QCommandLineParser &parser)
     return url;
 }
 
-std::unique_ptr<Store::Database> OpenDatabase(const QCommandLineParser &parser)
+QString NamedDatabaseUrl(const QCommandLineParser &parser)
 {
     const QString url = DatabaseUrl(parser);
     if (url.isEmpty())
         throw EQelError(u"没有指定数据库：请给出 --database 或环境变量 QEL_DATABASE。"_s);
-    return Store::Database::Open(url);
+    return url;
+}
+
+std::unique_ptr<Store::Database> OpenDatabase(const QCommandLineParser &parser)
+{
+    return Store::Database::Open(NamedDatabaseUrl(parser));
 }
 
 int NumberOption(const QCommandLineParser &parser, const QString &option, int least, int most)

@@ -22,6 +22,9 @@ QString DatabaseUrl(const QCommandLineParser &parser);
 /// Whether the address carries a password, as user info or as a parameter.
 bool HasPassword(const QString &url);
 
+/// The same where there must be one: throws EQelError if there is none.
+QString NamedDatabaseUrl(const QCommandLineParser &parser);
+
 /// Opens it. Throws EQelError if none is named, EStoreError if it cannot be opened.
 std::unique_ptr<Store::Database> OpenDatabase(const QCommandLineParser &parser);
 

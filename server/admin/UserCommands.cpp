@@ -2,6 +2,7 @@
 
 #include "admin/DatabaseOption.h"
 #include "store/Credentials.h"
+#include "store/Migrations.h"
 
 #include <QCommandLineParser>
 
@@ -34,13 +35,21 @@ Store::TokenTerms TermsOf(const QCommandLineParser &parser)
     return terms;
 }
 
+/// A connection that sees the tokens, which those for queries do not.
+std::unique_ptr<Store::Connection> OpenTables(Store::Database &database)
+{
+    auto connection = database.OpenWriter();
+    Store::RequireSchema(*connection);
+    return connection;
+}
+
 /// Only the token on standard output, so that a script can take it from there.
 int Add(const QCommandLineParser &parser, const QStringList &arguments)
 {
     const QString &code = arguments.first();
     const Store::TokenTerms terms = TermsOf(parser);
     const auto database = OpenDatabase(parser);
-    const Store::NewToken made = Store::AddToken(*database->OpenWriter(), code, terms);
+    const Store::NewToken made = Store::AddToken(*OpenTables(*database), code, terms);
     std::printf("%s\n", made.token.constData());
     const QString until = made.expires.isEmpty() ? u"不过期"_s : u"至 %1 有效"_s.arg(made.expires);
     std::fprintf(stderr, "用户 %s 的令牌 %s，%s。它只显示这一次。\n", qUtf8Printable(code),
@@ -55,7 +64,7 @@ int Revoke(const QCommandLineParser &parser, const QStringList &arguments)
     if (parser.isSet(u"token-id"_s) && tokenId.isEmpty())
         throw EQelError(u"--token-id 是空的。"_s);
     const auto database = OpenDatabase(parser);
-    const int revoked = Store::RevokeTokens(*database->OpenWriter(), code, tokenId);
+    const int revoked = Store::RevokeTokens(*OpenTables(*database), code, tokenId);
     if (revoked == 0)
         throw EQelError(tokenId.isEmpty() ? u"用户 %1 没有令牌。"_s.arg(code)
                                           : u"用户 %1 没有令牌 %2。"_s.arg(code, tokenId));
@@ -67,7 +76,7 @@ int List(const QCommandLineParser &parser, const QStringList &arguments)
 {
     const auto database = OpenDatabase(parser);
     const QList<Store::TokenInfo> tokens =
-        Store::ListTokens(*database->OpenReader(), arguments.value(0));
+        Store::ListTokens(*OpenTables(*database), arguments.value(0));
     std::printf("USER\tTOKEN\tCREATED\tEXPIRES\tUNIONS\tLABEL\n");
     const auto shown = [](const QString &text) { return text.isEmpty() ? u"-"_s : text; };
     for (const Store::TokenInfo &token : tokens) {

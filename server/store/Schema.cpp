@@ -4,6 +4,7 @@
 #include "store/Postgres.h"
 
 #include <QFile>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -25,22 +26,6 @@ QByteArray ReadResource(const QString &path)
     return file.readAll();
 }
 
-/// Types by dialect. A date is text 'YYYY-MM-DD HH24:MI:SS', which sorts as it should.
-QByteArray TypeName(const Sql::Column &column, Dialect dialect)
-{
-    const bool sqlite = dialect == Dialect::Sqlite;
-    switch (column.type) {
-    case Sql::ColumnType::Integer:
-        return sqlite ? "INTEGER" : "BIGINT";
-    case Sql::ColumnType::Real:
-        return sqlite ? "REAL" : "DOUBLE PRECISION"; // the same numbers in both
-    case Sql::ColumnType::Text:
-    case Sql::ColumnType::DateTime:
-        break;
-    }
-    return sqlite ? "TEXT" : "TEXT COLLATE \"C\"";
-}
-
 QByteArray Quoted(const std::string &text)
 {
     QByteArray quoted = QByteArray::fromStdString(text);
@@ -59,7 +44,7 @@ QByteArray ColumnNames(const Sql::Table &table, const Sql::ColumnList &positions
     return names;
 }
 
-QByteArray CreateTable(const Sql::Table &table, Dialect dialect)
+QByteArray TableText(const Sql::Table &table, Dialect dialect)
 {
     QByteArray sql = "CREATE TABLE " + QByteArray::fromStdString(table.name) + " (\n";
     for (const Sql::Column &column : table.columns) {
@@ -74,29 +59,6 @@ QByteArray CreateTable(const Sql::Table &table, Dialect dialect)
         sql += ",\n";
     }
     return sql + "  PRIMARY KEY (" + ColumnNames(table, table.primaryKey) + "))";
-}
-
-/// An index of a table and what makes it.
-struct Index
-{
-    QByteArray name;
-    QByteArray sql;
-};
-
-QList<Index> IndexesOf(const Sql::Table &table)
-{
-    QList<Index> indexes;
-    const auto add = [&](const Sql::ColumnList &columns, const char *kind) {
-        const QByteArray tableName = QByteArray::fromStdString(table.name);
-        const QByteArray name = "IX_" + tableName + '_' + QByteArray::number(indexes.size() + 1);
-        indexes.append({name, QByteArray("CREATE ") + kind + "INDEX " + name + " ON " + tableName +
-                                  " (" + ColumnNames(table, columns) + ')'});
-    };
-    for (const auto &columns : table.uniqueIndexes)
-        add(columns, "UNIQUE ");
-    for (const auto &columns : table.indexes)
-        add(columns, "");
-    return indexes;
 }
 
 /// The role belongs to all databases of a PostgreSQL server. Where the owner of this one may not
@@ -155,6 +117,22 @@ void GrantReading(Connection &connection)
 
 } // namespace
 
+/// A date is text 'YYYY-MM-DD HH24:MI:SS', which sorts as it should.
+QByteArray TypeName(const Sql::Column &column, Dialect dialect)
+{
+    const bool sqlite = dialect == Dialect::Sqlite;
+    switch (column.type) {
+    case Sql::ColumnType::Integer:
+        return sqlite ? "INTEGER" : "BIGINT";
+    case Sql::ColumnType::Real:
+        return sqlite ? "REAL" : "DOUBLE PRECISION"; // the same numbers in both
+    case Sql::ColumnType::Text:
+    case Sql::ColumnType::DateTime:
+        break;
+    }
+    return sqlite ? "TEXT" : "TEXT COLLATE \"C\"";
+}
+
 const Sql::Catalog &SchemaCatalog()
 {
     static const Sql::Catalog catalog = [] {
@@ -165,18 +143,47 @@ const Sql::Catalog &SchemaCatalog()
     return catalog;
 }
 
+QList<Index> IndexesOf(const Sql::Table &table)
+{
+    QList<Index> indexes;
+    const auto add = [&](const Sql::ColumnList &columns, bool unique) {
+        const QByteArray tableName = QByteArray::fromStdString(table.name);
+        const QByteArray name = "IX_" + tableName + '_' + QByteArray::number(indexes.size() + 1);
+        const QByteArray names = ColumnNames(table, columns);
+        indexes.append({name, names, unique,
+                        QByteArray("CREATE ") + (unique ? "UNIQUE " : "") + "INDEX " + name +
+                            " ON " + tableName + " (" + names + ')'});
+    };
+    for (const auto &columns : table.uniqueIndexes)
+        add(columns, true);
+    for (const auto &columns : table.indexes)
+        add(columns, false);
+    return indexes;
+}
+
+QStringList SchemaFunctions()
+{
+    static const QRegularExpression made(u"^CREATE FUNCTION (\\w+)"_s,
+                                         QRegularExpression::MultilineOption);
+    SchemaCatalog(); // brings the resource in
+    const QString text = QString::fromUtf8(ReadResource(u":/schema/postgresql.sql"_s));
+    QStringList names;
+    for (auto match = made.globalMatch(text); match.hasNext();)
+        names += match.next().captured(1).toUpper();
+    return names;
+}
+
 void CreateSchema(Connection &connection)
 {
     const bool postgres = connection.CurrentDialect() == Dialect::PostgreSql;
+    const SchemaLock lock(connection);
     Transaction transaction(connection);
-    if (postgres) {
-        connection.Run("SELECT pg_advisory_xact_lock(hashtext('qel schema'))");
-        if (HasSchema(connection))
-            return; // another server was quicker
+    if (HasSchema(connection))
+        return; // another server was quicker
+    if (postgres)
         MakeReaderRole(connection);
-    }
     for (const Sql::Table &table : SchemaCatalog().Tables())
-        connection.Execute(CreateTable(table, connection.CurrentDialect()));
+        connection.Execute(TableText(table, connection.CurrentDialect()));
     if (postgres) {
         CreateFunctions(connection);
         GrantReading(connection);
@@ -185,6 +192,29 @@ void CreateSchema(Connection &connection)
     connection.Run("INSERT INTO SRV_SCHEMA (VERSION, CREATED) VALUES (?1, ?2)",
                    {qint64(SchemaVersion), Now()});
     transaction.Commit();
+}
+
+void CreateTable(Connection &connection, const char *name)
+{
+    connection.Execute(TableText(*SchemaCatalog().Find(name), connection.CurrentDialect()));
+}
+
+SchemaLock::SchemaLock(Connection &connection)
+    : connection_(connection)
+{
+    if (connection_.CurrentDialect() == Dialect::PostgreSql)
+        connection_.Run("SELECT pg_advisory_lock(hashtext('qel schema'))");
+}
+
+SchemaLock::~SchemaLock()
+{
+    if (connection_.CurrentDialect() != Dialect::PostgreSql)
+        return;
+    try {
+        connection_.Run("SELECT pg_advisory_unlock(hashtext('qel schema'))");
+    } catch (const EStoreError &) {
+        // it went with its session
+    }
 }
 
 void DropIndexes(Connection &connection)
@@ -221,10 +251,15 @@ void UpdateStatistics(Connection &connection)
 
 bool HasSchema(Connection &connection)
 {
-    const QByteArrayView sql = connection.CurrentDialect() == Dialect::Sqlite
-                                   ? "SELECT 1 FROM sqlite_master WHERE name = 'USR_USER'"
-                                   : "SELECT 1 WHERE to_regclass('usr_user') IS NOT NULL";
-    return connection.Exists(sql);
+    return HasTable(connection, u"USR_USER"_s);
+}
+
+bool HasTable(Connection &connection, const QString &name)
+{
+    return connection.Exists(connection.CurrentDialect() == Dialect::Sqlite
+                                 ? "SELECT 1 FROM sqlite_master WHERE name = ?1"
+                                 : "SELECT 1 WHERE to_regclass(lower(?1::text)) IS NOT NULL",
+                             {name});
 }
 
 } // namespace Qel::Store

@@ -56,6 +56,8 @@ void AddGroups(Store::Connection &connection)
 /// With the schema, and in it what `content` says.
 void Fill(Store::Connection &connection, TestDatabase::Content content)
 {
+    if (content == TestDatabase::Content::Nothing)
+        return;
     Store::CreateSchema(connection);
     if (content == TestDatabase::Content::Tables)
         return;
@@ -72,8 +74,11 @@ TestDatabase::TestDatabase(Content content)
 {
     const auto fill = [content](Store::Connection &connection) { Fill(connection, content); };
     if (TestsRunOnPostgres())
-        postgres_ = std::make_unique<TestPostgres>(
-            content == Content::Rows ? u"template_rows"_s : u"template_tables"_s, fill);
+        postgres_ =
+            std::make_unique<TestPostgres>(content == Content::Rows     ? u"template_rows"_s
+                                           : content == Content::Tables ? u"template_tables"_s
+                                                                        : u"template_nothing"_s,
+                                           fill);
     database_ = Store::Database::Open(Url());
     connection_ = database_->OpenWriter();
     if (!postgres_)

@@ -26,7 +26,8 @@ class TestDatabase
 public:
     enum class Content {
         Rows,
-        Tables, ///< empty ones
+        Tables,  ///< empty ones
+        Nothing, ///< not even tables
     };
 
     explicit TestDatabase(Content content = Content::Rows);

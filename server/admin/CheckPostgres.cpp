@@ -1,0 +1,111 @@
+#include "admin/CheckPostgres.h"
+
+#include "store/Postgres.h"
+#include "store/Schema.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Qel::Admin {
+
+namespace {
+
+void CheckSettings(Store::Connection &connection, FindingList &findings)
+{
+    const auto setting = [&](const char *name) {
+        return connection.QueryText("SELECT current_setting(?1)", {QString::fromLatin1(name)})
+            .value_or(QString());
+    };
+    const QString encoding = setting("server_encoding");
+    if (encoding != "UTF8"_L1)
+        findings.Add("server.encoding", u"server_encoding"_s,
+                     u"数据库的编码是 %1，应为 UTF8"_s.arg(encoding));
+    // What else matters each of the server's sessions sets for itself.
+    for (const char *name : {"fsync", "full_page_writes"})
+        if (const QString value = setting(name); value != "on"_L1)
+            findings.Add("server.setting", QString::fromLatin1(name),
+                         u"设置是 %1，应为 on"_s.arg(value));
+    if (const QString value = setting("synchronous_commit"); value == "off"_L1)
+        findings.Add("server.setting", u"synchronous_commit"_s,
+                     u"设置是 off：已确认的提交可能丢失"_s);
+    // The functions fold case by ICU and sort by "C"; without ICU they cannot be there.
+    if (!connection.Exists("SELECT 1 FROM pg_collation WHERE collname = 'und-x-icu'"))
+        findings.Add("server.collation", u"und-x-icu"_s, u"数据库没有 ICU 排序规则"_s);
+    const QString kind =
+        connection.QueryText("SELECT datctype FROM pg_database WHERE datname = current_database()")
+            .value_or(QString());
+    if (kind.isEmpty())
+        findings.Add("server.collation", u"LC_CTYPE"_s, u"数据库没有字符分类"_s);
+}
+
+void CheckFunctions(Store::Connection &connection, FindingList &findings)
+{
+    QStringList expected = Store::SchemaFunctions();
+    QStringList names = expected;
+    names.removeDuplicates();
+    for (const QString &name : names) {
+        const auto count =
+            connection.QueryText("SELECT COUNT(*) FROM pg_proc WHERE proname = lower(?1::text)"
+                                 " AND pronamespace = current_schema()::regnamespace",
+                                 {name});
+        if (count->toLongLong() < expected.count(name))
+            findings.Add("schema.function", name, u"缺少这个函数，或其中一种参数"_s);
+    }
+}
+
+bool Holds(Store::Connection &connection, QByteArrayView sql, const QString &first,
+           const QString &second = {})
+{
+    Store::Values values{first};
+    if (!second.isEmpty())
+        values.append(second);
+    return connection.Exists(sql, values);
+}
+
+void CheckRole(Store::Connection &connection, FindingList &findings)
+{
+    const QString role = QString::fromLatin1(Store::PostgresReaderRole);
+    const auto attributes =
+        connection.QueryRow("SELECT rolsuper::integer, rolcreaterole::integer,"
+                            " rolbypassrls::integer FROM pg_roles WHERE rolname = ?1",
+                            {role});
+    if (!attributes) {
+        findings.Add("role.missing", role, u"没有这个角色"_s);
+        return;
+    }
+    if (attributes->contains(u"1"_s))
+        findings.Add("role.writes", role, u"角色有管理权限"_s);
+    for (const Sql::Table &table : Store::SchemaCatalog().Tables()) {
+        const QString name = QString::fromStdString(table.name);
+        const auto isReadable = [](const Sql::Column &column) { return column.readable; };
+        if (!connection.Exists("SELECT 1 WHERE to_regclass(lower(?1::text)) IS NOT NULL", {name}))
+            continue; // told already
+        if (Holds(connection,
+                  "SELECT 1 WHERE has_table_privilege(?1::text, lower(?2::text),"
+                  " 'INSERT, UPDATE, DELETE, TRUNCATE, TRIGGER')"
+                  " OR has_any_column_privilege(?1::text, lower(?2::text), 'INSERT, UPDATE')",
+                  role, name))
+            findings.Add("role.writes", name, u"角色 %1 能修改这个表"_s.arg(role));
+        const bool reads =
+            Holds(connection,
+                  "SELECT 1 WHERE has_any_column_privilege(?1::text, lower(?2::text), 'SELECT')",
+                  role, name);
+        const bool shouldRead = std::any_of(table.columns.begin(), table.columns.end(), isReadable);
+        if (reads != shouldRead)
+            findings.Add("role.reads", name,
+                         shouldRead ? u"角色 %1 不能读取这个表"_s.arg(role)
+                                    : u"角色 %1 能读取这个表"_s.arg(role));
+    }
+}
+
+} // namespace
+
+void CheckPostgres(Store::Connection &connection, FindingList &findings)
+{
+    CheckSettings(connection, findings);
+    CheckFunctions(connection, findings);
+    CheckRole(connection, findings);
+}
+
+} // namespace Qel::Admin

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "admin/Command.h"
+
+namespace Qel::Admin {
+
+/// What keeps a database in order: check, migrate, backup.
+QList<Command> DatabaseCommands();
+
+} // namespace Qel::Admin
