@@ -1,8 +1,10 @@
 #include "faults/Bed.h"
 
 #include "dataset/QelError.h"
+#include "faults/PostgresBed.h"
 
 #include <QDir>
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -19,9 +21,16 @@ public:
         return u"sqlite:"_s + folder + u"/faults.sqlite"_s;
     }
     void WaitUntilQuiet(const QString &) override {} // it lived in the server's process
+    void Restart(const QString &, Stop) override { throw EQelError(u"SQLite 没有服务器。"_s); }
 };
 
 } // namespace
+
+Bed::Bed()
+{
+    // A database server that is another user's finds its files below.
+    QFile::setPermissions(folder_.path(), QFile::Permissions(0x7011));
+}
 
 QString Bed::NewFolder() const
 {
@@ -35,7 +44,9 @@ std::unique_ptr<Bed> Bed::Make(const QString &name)
 {
     if (name == u"sqlite")
         return std::make_unique<SqliteBed>();
-    throw EQelError(u"--database 应为 sqlite，而不是：%1"_s.arg(name));
+    if (name == u"postgresql")
+        return std::make_unique<PostgresBed>();
+    throw EQelError(u"--database 应为 sqlite 或 postgresql，而不是：%1"_s.arg(name));
 }
 
 } // namespace Qel::Faults

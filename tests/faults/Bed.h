@@ -7,21 +7,35 @@
 
 namespace Qel::Faults {
 
-/// Where the databases of the scenarios stand.
+/// How a database server is stopped.
+enum class Stop {
+    Fast,        ///< its sessions are told to end
+    Immediate,   ///< at once, as after a crash: it recovers when it starts
+    KillSession, ///< one session's process is killed, which ends all others and recovers
+};
+
+/// Where the databases of the scenarios stand. What is committed there survives the processes.
 class Bed
 {
 public:
+    Bed();
     virtual ~Bed() = default;
 
     virtual QString Name() const = 0; ///< "sqlite"
-    /// The address of a new, empty database in an own folder below `folder`.
+    /// The address of a new, empty database whose tables are files below `folder`.
     virtual QString NewDatabase(const QString &folder) = 0;
-    /// After a server has died: returns when the database works on nothing that it began.
+    /// After the server of the database has died: returns when nothing that it began goes on.
     virtual void WaitUntilQuiet(const QString &url) = 0;
+    /// Returns when the database takes connections again. Only where the database is a server.
+    virtual void Restart(const QString &url, Stop how) = 0;
 
     QString NewFolder() const;
 
+    /// `name`: "sqlite" or "postgresql", which starts a cluster of its own.
     static std::unique_ptr<Bed> Make(const QString &name);
+
+protected:
+    const QTemporaryDir &Folder() const { return folder_; }
 
 private:
     QTemporaryDir folder_;

@@ -110,10 +110,11 @@ private:
             findings_.Add(u"afterwards: "_s + *failure);
     }
 
-    /// Posts the price as a screen does. True: stored.
-    std::optional<QString> Post(int price)
+    /// Posts what a second time would be refused: a drug store of this name. Nothing: stored.
+    std::optional<QString> Post(int number)
     {
-        const Wire::PostRequest post = Prices(own_, {own_.priced.first()}, QString::number(price));
+        name_ = u"断%1"_s.arg(number);
+        const Wire::PostRequest post = NewStore(own_, name_);
         soap_.RequestParams.Clear();
         soap_.RequestParams.NewParams();
         for (const auto &[name, value] : post.rows.first())
@@ -128,21 +129,21 @@ private:
     void CutPosts()
     {
         proxy_.Cut({});
-        if (const auto failure = Post(++price_))
+        if (const auto failure = Post(++number_))
             findings_.Add(*failure);
         CheckEffect(0);
         for (const qsizetype length : Lengths(proxy_.LastAnswerSize())) {
             proxy_.Cut({length}, Reset());
-            if (const auto failure = Post(++price_))
+            if (const auto failure = Post(++number_))
                 Tell(length, *failure);
             if (proxy_.Requests() != 2)
                 Tell(length, u"posted %1 times"_s.arg(proxy_.Requests()));
             CheckEffect(length);
 
             proxy_.Cut({length, length}, Reset());
-            if (!Post(++price_))
+            if (!Post(++number_))
                 Tell(length, u"the post succeeded without an answer"_s);
-            if (const auto failure = Post(price_))
+            if (const auto failure = Post(number_))
                 Tell(length, u"again: "_s + *failure);
             if (proxy_.Requests() != 3)
                 Tell(length, u"posted %1 times"_s.arg(proxy_.Requests()));
@@ -155,10 +156,9 @@ private:
     {
         if (soap_.ResultParams.GetResultCode(0) != u"1")
             Tell(length, u"result code "_s + soap_.ResultParams.GetResultCode(0));
-        const QString record = u"price "_s + own_.priced.first();
-        const QString price = ReadRecords(*connection_, own_).value(record);
-        if (price.section(u'|', 0, 0) != QString::number(price_))
-            Tell(length, u"the row has "_s + price);
+        const QString id = ReadStores(*connection_, own_).value(name_);
+        if (id.isEmpty() || id != soap_.ResultParams.GetParamValue(0, u"CATALOG_ID"_s))
+            Tell(length, u"the row has the id %1"_s.arg(id));
         const QStringList entries = ReadEntries(*connection_, own_, lastEntry_);
         if (entries.size() != 1)
             Tell(length, u"%1 entries in the log"_s.arg(entries.size()));
@@ -193,7 +193,8 @@ private:
     QString encoding_;
     qint64 cuts_ = 0;
     qint64 lastEntry_ = 0;
-    int price_ = 0;
+    int number_ = 0;
+    QString name_;
 };
 
 } // namespace

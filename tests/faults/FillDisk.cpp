@@ -22,14 +22,14 @@ constexpr auto RefusalTime = 30s;   ///< in which some post must have met the fu
 constexpr auto FullTime = 1s;       ///< from then on, how long it stays full
 constexpr int MostLeft = 64 * 1024; ///< bytes that are left free
 
-/// A file system of its own, of 16 MiB, and something to fill it with.
+/// A file system of its own, of 32 MiB, and something to fill it with.
 class SmallDisk
 {
 public:
     explicit SmallDisk(const QString &folder)
         : folder_(folder)
         , ballast_(folder + u"/ballast"_s)
-        , isMounted_(::mount("tmpfs", folder.toUtf8().constData(), "tmpfs", 0, "size=16m") == 0)
+        , isMounted_(::mount("tmpfs", folder.toUtf8().constData(), "tmpfs", 0, "size=32m") == 0)
     {
     }
     ~SmallDisk()

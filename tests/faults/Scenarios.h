@@ -28,7 +28,7 @@ struct Scenario
     QString name; ///< on the command line
     QString what; ///< in the table
     Outcome (*run)(const Task &task);
-    int quick; ///< counts: in a few seconds; 0: not there
+    int quick; ///< counts: in a few seconds
     int share; ///< within the time box of the checks of a change
     int full;
     QString only = {}; ///< the database that it is for; empty: each

@@ -11,6 +11,12 @@ using namespace Qt::StringLiterals;
 
 namespace Qel::Faults {
 
+namespace {
+
+constexpr std::chrono::seconds StartTime{20}; ///< after which a server is not expected any more
+
+} // namespace
+
 Site::Site(const QString &url, const QString &folder, bool withSampleData, int domains)
     : url_(url)
     , log_(folder + u"/server.log"_s)
@@ -42,7 +48,10 @@ std::chrono::nanoseconds Site::StartServer(const QStringList &more)
     server_.reset();
     const Stopwatch watch;
     server_ = std::make_unique<ServerProcess>(QStringList{u"--database"_s, url_} + more, log_);
-    while (!Answers() && watch.Elapsed() < std::chrono::minutes(1)) {
+    while (!Answers()) {
+        if (watch.Elapsed() > StartTime)
+            throw EQelError(u"服务器没有应答查询。"_s);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return watch.Elapsed();
 }

@@ -6,7 +6,7 @@
 #include <QFile>
 
 #include <arpa/inet.h>
-#include <fcntl.h>
+#include <netinet/tcp.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -43,8 +43,11 @@ public:
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const int small = 4'096; // what it does not read stays with the server
-        ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
+        // As if it were far away: what it does not read stays with the server and not in sockets.
+        const int buffer = 4'096;
+        const int segment = 536;
+        ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
+        ::setsockopt(socket_, IPPROTO_TCP, TCP_MAXSEG, &segment, sizeof segment);
         ::connect(socket_, reinterpret_cast<sockaddr *>(&address), sizeof address);
     }
     ~SlowClient() { ::close(socket_); }
@@ -110,7 +113,7 @@ void AllowManyFiles()
 void AddLongText(Store::Connection &connection)
 {
     connection.Run("INSERT INTO SYS_AFFICHE (ID, AFFICHE_CONTENT) VALUES ('900', ?1)",
-                   {u"公告"_s.repeated(100'000)});
+                   {u"公告"_s.repeated(50'000)});
 }
 
 QByteArray LongQuery()

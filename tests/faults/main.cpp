@@ -29,6 +29,8 @@ const QList<Scenario> &Scenarios()
         {u"cut"_s, u"the answer cut, at every byte in the end"_s, CutAnswers, 12, 100, 1'000'000},
         {u"slow"_s, u"clients that are silent, send byte by byte or do not read"_s, SlowClients,
          100, 1'000, 1'000},
+        {u"restart"_s, u"the database stopped, crashed or restarted under load"_s, RestartDatabase,
+         3, 15, 100, u"postgresql"_s},
         {u"disk"_s, u"the disk of the database full under load"_s, FillDisk, 1, 5, 50},
         {u"lock"_s, u"the database file locked by another process"_s, LockDatabase, 1, 2, 4,
          u"sqlite"_s},
@@ -84,6 +86,10 @@ int Main(const QStringList &arguments)
     const QStringList only = parser.value(u"only"_s).split(u',', Qt::SkipEmptyParts);
     const quint64 seed =
         parser.isSet(u"seed"_s) ? parser.value(u"seed"_s).toULongLong() : std::random_device()();
+    const QString heading =
+        u"%1, %2, seed %3:"_s
+            .arg(QDate::currentDate().toString(Qt::ISODate), parser.value(u"build"_s))
+            .arg(seed);
     QList<Outcome> outcomes;
     for (const Scenario &scenario : Scenarios()) {
         if (!only.isEmpty() && !only.contains(scenario.name))
@@ -95,16 +101,11 @@ int Main(const QStringList &arguments)
                                        : scenario.quick;
         if (parser.isSet(u"count"_s))
             count = parser.value(u"count"_s).toInt();
-        if (count > 0)
-            outcomes += Run(scenario, {*bed, count, seed, !parser.isSet(u"bare"_s),
-                                       parser.value(u"patience"_s).toDouble()});
+        outcomes += Run(scenario, {*bed, count, seed, !parser.isSet(u"bare"_s),
+                                   parser.value(u"patience"_s).toDouble()});
+        if (parser.isSet(u"table"_s)) // after each, for a run that is broken off
+            WriteTable(parser.value(u"table"_s), bed->Name(), heading, outcomes);
     }
-    if (parser.isSet(u"table"_s))
-        WriteTable(parser.value(u"table"_s), bed->Name(),
-                   u"%1, %2, seed %3:"_s
-                       .arg(QDate::currentDate().toString(Qt::ISODate), parser.value(u"build"_s))
-                       .arg(seed),
-                   outcomes);
     const bool good = !outcomes.isEmpty() && std::ranges::all_of(outcomes, [](const Outcome &one) {
         return one.findingCount == 0;
     });

@@ -1,0 +1,140 @@
+#include "faults/PostgresBed.h"
+
+#include "faults/Report.h"
+#include "store/Database.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QUrl>
+
+#include <pwd.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace Qel::Faults {
+
+namespace {
+
+constexpr auto Patience = 60s;
+
+QString DatabaseOf(const QString &url)
+{
+    return QUrl(url).path().mid(1);
+}
+
+/// The database does not run as root, and neither may its files be root's.
+void GiveToPostgres(const QString &folder)
+{
+    if (::getuid() != 0)
+        return;
+    const passwd *user = ::getpwnam("postgres");
+    if (!user)
+        user = ::getpwnam("nobody");
+    if (!user || ::chown(folder.toUtf8().constData(), user->pw_uid, user->pw_gid) != 0)
+        throw EQelError(u"无法把 %1 交给数据库。"_s.arg(folder));
+}
+
+/// Sessions of clients with the database, apart from the one that asks.
+QByteArray Sessions(const QByteArray &what)
+{
+    return "SELECT " + what +
+           " FROM pg_stat_activity WHERE datname = ?1 AND backend_type = 'client backend'"
+           " AND pid <> pg_backend_pid()";
+}
+
+} // namespace
+
+PostgresBed::PostgresBed()
+    : file_(Folder().filePath(u"postgres.url"_s))
+{
+    RunScript({u"start"_s, file_, u"durable"_s});
+}
+
+PostgresBed::~PostgresBed()
+{
+    QProcess::execute(QStringLiteral(QEL_POSTGRES_CLUSTER), {u"stop"_s, file_});
+}
+
+QString PostgresBed::NewDatabase(const QString &folder)
+{
+    const QString name = u"faults_%1"_s.arg(++databases_);
+    const QString tables = folder + u"/tables"_s;
+    QDir().mkdir(tables);
+    GiveToPostgres(tables);
+    const auto maintenance = Maintenance();
+    maintenance->Execute(
+        u"CREATE TABLESPACE %1 OWNER qel LOCATION '%2'"_s.arg(name, tables).toUtf8());
+    maintenance->Execute(
+        u"CREATE DATABASE %1 OWNER qel TABLESPACE %1 STRATEGY file_copy"_s.arg(name).toUtf8());
+    return UrlOf(u"qel"_s, name);
+}
+
+void PostgresBed::WaitUntilQuiet(const QString &url)
+{
+    const auto maintenance = Maintenance();
+    for (const Stopwatch watch; maintenance->Exists(Sessions("1"), {DatabaseOf(url)});) {
+        if (watch.Elapsed() > Patience)
+            throw EQelError(u"服务器已死，数据库里还有它的会话。"_s);
+        std::this_thread::sleep_for(1ms); // nobody tells when a session of another has ended
+    }
+}
+
+void PostgresBed::Restart(const QString &url, Stop how)
+{
+    switch (how) {
+    case Stop::Fast:
+        return RunScript({u"restart"_s, file_, u"fast"_s});
+    case Stop::Immediate:
+        return RunScript({u"restart"_s, file_, u"immediate"_s});
+    case Stop::KillSession:
+        return KillSession(url);
+    }
+}
+
+void PostgresBed::KillSession(const QString &url) const
+{
+    const auto session =
+        Maintenance()->QueryText(Sessions("pid") + " ORDER BY random()", {DatabaseOf(url)});
+    if (!session || ::kill(session->toInt(), SIGKILL) != 0)
+        throw EQelError(u"没有可以终止的数据库会话。"_s);
+    for (const Stopwatch watch; watch.Elapsed() < Patience;) {
+        try {
+            Maintenance()->Exists("SELECT 1");
+            return;
+        } catch (const Store::EStoreError &) {
+            std::this_thread::sleep_for(5ms); // it is recovering
+        }
+    }
+    throw EQelError(u"数据库没有恢复。"_s);
+}
+
+QString PostgresBed::UrlOf(const QString &user, const QString &database) const
+{
+    QFile file(file_);
+    if (!file.open(QIODevice::ReadOnly))
+        throw EQelError(file.errorString());
+    return QString::fromUtf8(file.readAll())
+        .trimmed()
+        .replace(u"//qel@"_s, u"//%1@"_s.arg(user))
+        .replace(u"/postgres?"_s, u"/%1?"_s.arg(database));
+}
+
+std::unique_ptr<Store::Connection> PostgresBed::Maintenance() const
+{
+    return Store::Database::Open(UrlOf(u"postgres"_s, u"postgres"_s))->OpenWriter();
+}
+
+void PostgresBed::RunScript(const QStringList &arguments) const
+{
+    if (QProcess::execute(QStringLiteral(QEL_POSTGRES_CLUSTER), arguments) != 0)
+        throw EQelError(u"PostgreSQL：%1 没有成功。"_s.arg(arguments.first()));
+}
+
+} // namespace Qel::Faults
