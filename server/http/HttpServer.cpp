@@ -70,12 +70,12 @@ public:
         : options_(options)
         , handler_(handler)
         , metrics_(metrics)
+        , bodyRoom_(options.bodyRoom)
         , acceptor_(context_)
         , metricsAcceptor_(context_)
         , stopSignals_(context_, SIGTERM, SIGINT)
         , reloadSignals_(context_, SIGHUP)
         , drain_(context_)
-        , bodyRoom_(options.bodyRoom)
         , readers_(static_cast<std::size_t>(options.readers))
         , writers_(static_cast<std::size_t>(options.writers))
         , prober_(1)
@@ -423,13 +423,13 @@ private:
     Handler &handler_;
     Metrics &metrics_;
     std::shared_ptr<asio::ssl::context> tls_; ///< for the next connection; null: without TLS
+    BodyRoom bodyRoom_; // before what is cut off at the end: requests give back their share
     asio::io_context context_{1};
     tcp::acceptor acceptor_;
     tcp::acceptor metricsAcceptor_;
     asio::signal_set stopSignals_;
     asio::signal_set reloadSignals_;
     asio::steady_timer drain_;
-    BodyRoom bodyRoom_;
     Peers strangers_; ///< without a whole request or a good credential; longest waiting first
     Peers known_;     ///< between the requests of somebody with a good credential
     Peers answering_; ///< whose request is being answered
