@@ -5,7 +5,7 @@
 #include "http/Problem.h"
 #include "managers/PostRunner.h"
 #include "sql/WithoutLiterals.h"
-#include "store/Schema.h"
+#include "store/Migrations.h"
 
 #include <QScopeGuard>
 
@@ -382,8 +382,7 @@ void Service::CheckDatabase()
             probe_ = database_.OpenReader();
         const auto deadline = Clock::now() + Readiness::Patience;
         probe_->StopWhen([deadline] { return Clock::now() > deadline; });
-        if (!Store::HasSchema(*probe_))
-            throw EQelError(u"数据库中没有本系统的表。"_s);
+        Store::RequireSchema(*probe_);
     } catch (...) {
         probe_.reset();
         throw;

@@ -140,6 +140,20 @@ private slots:
         }
     }
 
+    void NotReadyWithTheTablesOfAnotherVersion()
+    {
+        TestDatabase site;
+        ServerProcess server({u"--database"_s, site.Url()});
+        const auto status = [&] {
+            return server.Call({.method = "GET", .path = "/readyz"}).status;
+        };
+        QCOMPARE(status(), 200);
+        site.Connection().Execute("UPDATE SRV_SCHEMA SET VERSION = VERSION + 1");
+        QCOMPARE(status(), 503);
+        site.Connection().Execute("UPDATE SRV_SCHEMA SET VERSION = VERSION - 1");
+        QCOMPARE(status(), 200);
+    }
+
     void ReadyOnlyWithTheTables()
     {
         TestDatabase site;
