@@ -57,7 +57,9 @@ QStringList ChildIds(Store::Connection &connection, const QString &orgId, bool h
 /// be left below an organisation that has none.
 bool IsAtOrAbove(Store::Connection &connection, const QString &orgId, const QString &superiorId)
 {
-    return connection.Exists("WITH RECURSIVE ABOVE (ORG_ID) AS (SELECT ?2"
+    // It begins with a column and not with the parameter, which has the collation of none.
+    return connection.Exists("WITH RECURSIVE ABOVE (ORG_ID) AS ("
+                             "SELECT ORG_ID FROM BAS_ORG WHERE ORG_ID = ?2"
                              " UNION SELECT A.PARENT_ORGID FROM BAS_ORG_AFFILIATION A"
                              " JOIN ABOVE B ON A.ORG_ID = B.ORG_ID WHERE A.ENABLE_FLAG <> 'D')"
                              " SELECT 1 FROM ABOVE WHERE ORG_ID = ?1",
