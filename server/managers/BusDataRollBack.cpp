@@ -62,11 +62,13 @@ QStringList LiveLines(Store::Connection &connection, const QString &orderId)
 }
 
 /// Number and money of the lines left; an order without lines goes, too. The sum keeps what prices
-/// below a cent add up to: what is rounded away is the noise of binary fractions.
+/// below a cent add up to: what is rounded away is the noise of binary fractions
+/// (which PostgreSQL rounds as decimal numbers only).
 void SettleOrder(PostContext &post, const QString &orderId)
 {
     const auto totals = post.connection.QueryRow(
-        "SELECT COUNT(*), COALESCE(ROUND(SUM(HIT_PRICE * ORD_QTY), 6), 0) FROM TRA_ORDER_ITEM"
+        "SELECT COUNT(*), COALESCE(CAST(ROUND(CAST(SUM(HIT_PRICE * ORD_QTY) AS NUMERIC), 6)"
+        " AS DOUBLE PRECISION), 0) FROM TRA_ORDER_ITEM"
         " WHERE ORD_ID = ?1 AND LAST_OPERATE <> 'D'",
         {orderId});
     if (totals->value(0) == NoLines)
