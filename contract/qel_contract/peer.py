@@ -21,8 +21,8 @@ STATUS_OF = {
     "post.operator": 403, "http.not_found": 404, "post.unknown_method": 404, "http.method": 405,
     "post.key_reused": 409, "http.too_large": 413, "http.type": 415, "query.too_large": 422,
     "post.scope": 403, "sql.scope": 403, "auth.too_many": 429, "http.header_too_large": 431,
-    "post.unknown": 500, "server.failure": 500, "post.not_done": 503, "server.stopping": 503,
-    "sql.timeout": 504,
+    "post.unknown": 500, "server.failure": 500, "post.not_done": 503, "server.busy": 503,
+    "server.stopping": 503, "sql.timeout": 504,
 }
 
 

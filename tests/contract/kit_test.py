@@ -56,7 +56,7 @@ class TheKit(unittest.TestCase):
     def test_error_codes_are_those_of_the_page(self):
         section = PAGE.split("\n## Errors\n")[1].split("\n## ")[0]
         found = {code: int(status) for status, code in re.findall(r"^\| (\d+) \| `([\w.]+)`", section, re.M)}
-        self.assertEqual(peer.STATUS_OF, found)
+        self.assertEqual(peer.STATUS_OF, found, "STATUS_OF in contract/qel_contract/peer.py")
 
     def test_every_method_has_checks_of_its_own(self):
         identifiers = [check.id for check in registry.all_checks()]
