@@ -98,6 +98,19 @@ void CreateFunctions(Connection &connection)
         ReadResource(u":/schema/postgresql.sql"_s).replace("@CASE@", CaseCollation(connection)));
 }
 
+/// What SRV_NEW_KEY counts with, for every table that such a key suits.
+void CreateSequences(Connection &connection)
+{
+    for (const Sql::Table &table : SchemaCatalog().Tables()) {
+        const bool hasOneKey = table.primaryKey.size() == 1 &&
+                               table.columns[static_cast<std::size_t>(table.primaryKey[0])].type ==
+                                   Sql::ColumnType::Text;
+        if (hasOneKey && !table.name.starts_with("SRV_"))
+            connection.Execute("CREATE SEQUENCE SRV_KEY_" + QByteArray::fromStdString(table.name) +
+                               " MINVALUE -1000000 START -1000000");
+    }
+}
+
 void GrantReading(Connection &connection)
 {
     const QByteArray role = PostgresReaderRole;
@@ -188,6 +201,7 @@ void CreateSchema(Connection &connection)
         connection.Execute(TableText(table, connection.CurrentDialect()));
     if (postgres) {
         CreateFunctions(connection);
+        CreateSequences(connection);
         GrantReading(connection);
     }
     CreateIndexes(connection);

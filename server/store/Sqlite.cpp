@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -19,7 +21,8 @@ namespace Qel::Store {
 
 namespace {
 
-constexpr int BusyMilliseconds = 10'000;
+constexpr auto LockPatience = std::chrono::seconds(10);
+constexpr auto LockPause = std::chrono::milliseconds(2);
 /// Between two looks at the clock: about 20 microseconds of work for one reading of 25 ns.
 constexpr int OperationsPerLook = 1'000;
 
@@ -170,7 +173,7 @@ public:
         handle_.reset(opened);
         if (result != SQLITE_OK)
             Fail(opened, result, path);
-        sqlite3_busy_timeout(opened, BusyMilliseconds);
+        sqlite3_busy_handler(opened, &SqliteConnection::WaitForLock, this);
         sqlite3_progress_handler(opened, OperationsPerLook, &SqliteConnection::ShouldStop, this);
         sqlite3_set_authorizer(opened, &SqliteConnection::Authorize, this);
         sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -235,6 +238,16 @@ private:
     {
         const auto &stop = static_cast<SqliteConnection *>(self)->stop_;
         return stop && stop() ? 1 : 0;
+    }
+
+    /// Asked while another process has the file locked; `times` counts from 0 for each wait.
+    static int WaitForLock(void *self, int times)
+    {
+        const auto &stop = static_cast<SqliteConnection *>(self)->stop_;
+        if (times * LockPause > LockPatience || (stop && stop()))
+            return 0;
+        std::this_thread::sleep_for(LockPause);
+        return 1;
     }
 
     /// Asked while a statement is prepared, once for everything that it would touch.

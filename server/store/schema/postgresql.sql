@@ -271,3 +271,34 @@ BEGIN ATOMIC
         AND (T.EXPIRES IS NULL OR T.EXPIRES > MOMENT)
         AND U.ENABLE_FLAG = '1' AND U.LAST_OPERATE <> 'D';
 END;
+
+-- The key of a new row of a table with a key of one column. Counting begins beyond the largest key
+-- that the table holds by then, and not below what SRV_SEQUENCE says. No transaction waits for
+-- another one's key, and what is rolled back leaves a gap. A sequence below 1 has not begun.
+CREATE FUNCTION SRV_NEW_KEY(COUNTED text) RETURNS bigint
+LANGUAGE plpgsql VOLATILE STRICT AS $$
+DECLARE
+    series text := 'srv_key_' || lower(COUNTED);
+    given bigint := nextval(series);
+    key_column text;
+    first bigint;
+BEGIN
+    IF given > 0 THEN
+        RETURN given;
+    END IF;
+    PERFORM pg_advisory_xact_lock(hashtext(series));
+    EXECUTE 'SELECT last_value FROM ' || series INTO given;
+    IF given < 1 THEN
+        SELECT a.attname INTO key_column
+        FROM pg_index i JOIN pg_attribute a ON a.attrelid = i.indrelid AND a.attnum = i.indkey[0]
+        WHERE i.indrelid = COUNTED::regclass AND i.indisprimary;
+        EXECUTE format('SELECT greatest(max(CASE WHEN %1$I ~ ''^[0-9]{1,18}$'' THEN %1$I::bigint END)'
+                       ' + 1, (SELECT next FROM srv_sequence WHERE name = $1), 1) FROM %2$s',
+                       key_column, COUNTED)
+        INTO first USING COUNTED;
+        PERFORM setval(series, first, false);
+    END IF;
+    RETURN nextval(series);
+END $$;
+
+REVOKE EXECUTE ON FUNCTION SRV_NEW_KEY(text) FROM PUBLIC;

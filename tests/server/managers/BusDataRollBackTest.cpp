@@ -1,7 +1,5 @@
 #include "ManagerSite.h"
 
-#include "managers/PostRunner.h"
-
 #include <QTest>
 
 #include <array>
@@ -91,9 +89,9 @@ public:
     /// "ORD_ID/ITEM_COUNT/ITEM_MONEY" of a live order.
     QString Order(int id)
     {
-        return Text("SELECT ORD_ID||'/'||ITEM_COUNT||'/'||ITEM_MONEY FROM TRA_ORDER"
-                    " WHERE LAST_OPERATE <> 'D' AND ORD_ID = '" +
-                    QByteArray::number(id) + "'");
+        return ManagerSite::Row("SELECT ORD_ID, ITEM_COUNT, ITEM_MONEY FROM TRA_ORDER"
+                                " WHERE LAST_OPERATE <> 'D' AND ORD_ID = '" +
+                                QByteArray::number(id) + "'");
     }
 
     QStringList LiveLines()
@@ -166,7 +164,7 @@ private slots:
     {
         Site site;
         QCOMPARE(site.Code(Line(u"22"_s)), u"1"_s);
-        QCOMPARE(site.Order(2), u"2/1/10.0"_s);
+        QCOMPARE(site.Order(2), u"2/1/10"_s);
     }
 
     void DeliveredLineBehindOthersKeepsThemAll()
@@ -193,8 +191,9 @@ private slots:
         Site site;
         QCOMPARE(site.Code(Return(u"71"_s)), u"1"_s);
         QCOMPARE(site.Text("SELECT LAST_OPERATE FROM TRA_RETURN WHERE RETURN_ID = '71'"), u"D"_s);
-        QCOMPARE(site.Text("SELECT RECEIVE_QTY||RECEIVE_FLAG FROM TRA_SEND WHERE SEND_ID = '65'"),
-                 u"9.01"_s);
+        QCOMPARE(site.ManagerSite::Row(
+                     "SELECT RECEIVE_QTY, RECEIVE_FLAG FROM TRA_SEND WHERE SEND_ID = '65'"),
+                 u"9/1"_s);
         QCOMPARE(site.Log(), QStringList{Entry(u"TRA_RETURN/71"_s, Deleted)});
     }
 
@@ -208,9 +207,9 @@ private slots:
     {
         Site site;
         QCOMPARE(site.Code(Receipt(u"61"_s)), u"1"_s);
-        QCOMPARE(site.Text("SELECT SEND_FLAG||RECEIVE_FLAG||LAST_OPERATE||RECEIVE_QTY"
-                           " FROM TRA_SEND WHERE SEND_ID = '61'"),
-                 u"1019.0"_s);
+        QCOMPARE(site.ManagerSite::Row("SELECT SEND_FLAG, RECEIVE_FLAG, LAST_OPERATE, RECEIVE_QTY"
+                                       " FROM TRA_SEND WHERE SEND_ID = '61'"),
+                 u"1/0/1/9"_s);
         QCOMPARE(site.Log(), QStringList{Entry(u"TRA_SEND/61"_s, Modified)});
     }
 
@@ -271,14 +270,12 @@ private slots:
     {
         QFETCH(Call, call);
         Site site;
-        const Managers::Post post{
-            .request = {Manager, call.method, {Site::Row(call)}}, .key = {}, .body = {}};
+        const Wire::PostRequest post{Manager, call.method, {Site::Row(call)}};
         std::array<QString, 2> codes;
         std::latch start(2);
         const auto run = [&](QString &code) {
-            const auto connection = site.Database().OpenWriter();
             start.arrive_and_wait();
-            code = Managers::RunPost(*connection, Site::Admin(), post).rows.value(0).code;
+            code = site.PostBeside(post);
         };
         std::thread other([&] { run(codes[0]); });
         run(codes[1]);

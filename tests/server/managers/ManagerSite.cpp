@@ -50,6 +50,16 @@ Wire::PostAnswer ManagerSite::Post(const QString &manager, const QString &method
                              {.request = {manager, method, rows}, .key = {}, .body = {}});
 }
 
+QString ManagerSite::PostBeside(const Wire::PostRequest &request)
+{
+    Store::WriterPool writers(Database());
+    const auto deadline = Store::WriterPool::Clock::now() + std::chrono::minutes(1);
+    return Managers::SubmitPost(writers, deadline, Admin(),
+                                {.request = request, .key = {}, .body = {}})
+        .rows.value(0)
+        .code;
+}
+
 QString ManagerSite::Codes(const QString &manager, const QString &method,
                            const QList<Wire::NamedValues> &rows)
 {
@@ -72,8 +82,13 @@ QByteArray ManagerSite::Refusal(const QString &manager, const QString &method,
 
 QStringList ManagerSite::Log()
 {
-    return Texts("SELECT TABLE_NAME||'/'||KEY_ID1||'/'||ifnull(KEY_ID2,'-')||'/'||USER_ID||'/'||"
-                 "USER_NAME||'/'||OPTION_TYPE FROM SYS_UPDATE_LOG ORDER BY rowid");
+    return Texts("SELECT TABLE_NAME||'/'||KEY_ID1||'/'||coalesce(KEY_ID2,'-')||'/'||USER_ID||'/'||"
+                 "USER_NAME||'/'||OPTION_TYPE FROM SYS_UPDATE_LOG ORDER BY CAST(LOG_ID AS BIGINT)");
+}
+
+QString ManagerSite::Row(const QByteArray &sql)
+{
+    return Connection().QueryRow(sql).value_or(QStringList()).join(u'/');
 }
 
 QStringList ManagerSite::Texts(const QByteArray &sql)
@@ -85,9 +100,26 @@ QStringList ManagerSite::Texts(const QByteArray &sql)
     return texts;
 }
 
+void ManagerSite::Trap(Trouble trouble, const QByteArray &where, const QByteArray &condition)
+{
+    const bool constraint = trouble == Trouble::Constraint;
+    if (Connection().CurrentDialect() == Store::Dialect::Sqlite) {
+        Connection().Execute(
+            "CREATE TRIGGER TRAP " + where + " WHEN " + condition + " BEGIN SELECT " +
+            (constraint ? "RAISE(ABORT, 'trap')" : "no_such_function()") + "; END");
+        return;
+    }
+    Connection().Execute("CREATE FUNCTION TRAP() RETURNS trigger LANGUAGE plpgsql AS"
+                         " $$BEGIN RAISE EXCEPTION 'trap' USING ERRCODE = '" +
+                         QByteArray(constraint ? "23514" : "42883") +
+                         "'; END$$; CREATE TRIGGER TRAP " + where + " FOR EACH ROW WHEN (" +
+                         condition + ") EXECUTE FUNCTION TRAP()");
+}
+
 RowSet ManagerSite::Query(const QString &sql)
 {
-    Store::QueryRunner runner(Connection(), {});
+    const auto reader = Database().OpenReader();
+    Store::QueryRunner runner(*reader, {});
     return RowSet::Load(runner.Run(sql, 0, 0).block);
 }
 

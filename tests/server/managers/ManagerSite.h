@@ -19,6 +19,8 @@ public:
 
     Wire::PostAnswer Post(const QString &manager, const QString &method,
                           const QList<Wire::NamedValues> &rows);
+    /// The first result's code, over a connection of its own: for threads that post at once.
+    QString PostBeside(const Wire::PostRequest &request);
     /// The codes of the results, parted by blanks.
     QString Codes(const QString &manager, const QString &method,
                   const QList<Wire::NamedValues> &rows);
@@ -30,8 +32,14 @@ public:
     /// The change log, oldest first: "TABLE/KEY_ID1/KEY_ID2/USER_ID/USER_NAME/OPTION_TYPE", with
     /// "-" for NULL.
     QStringList Log();
+    /// The first row's columns, parted by "/"; numbers as clients get them.
+    QString Row(const QByteArray &sql);
     /// The first column of every row.
     QStringList Texts(const QByteArray &sql);
+    /// Has the database refuse each row for which the condition holds, where it says: as a
+    /// constraint does, or for a reason of its own.
+    enum class Trouble { Constraint, Failure };
+    void Trap(Trouble trouble, const QByteArray &where, const QByteArray &condition);
     /// What a client reads, through the front end.
     RowSet Query(const QString &sql);
 

@@ -106,7 +106,7 @@ private slots:
     void RowPostedUnchangedIsNeitherWrittenNorLogged()
     {
         Site site;
-        const QByteArray stamps = "SELECT ifnull(LAST_USER,'-')||ifnull(LAST_UPDATE,'-')"
+        const QByteArray stamps = "SELECT coalesce(LAST_USER,'-')||coalesce(LAST_UPDATE,'-')"
                                   " FROM UNI_ORG_TYPE WHERE ORG_TYPE_ID = '400001'";
         QCOMPARE(site.Text(stamps), u"--"_s);
         QCOMPARE(site.Save({Hospitals, Dealers}), u"1 1"_s);
@@ -136,7 +136,7 @@ private slots:
         QCOMPARE(site.Save({{u"400001"_s, name, flags, {}, u"300002"_s, remark}, Dealers}),
                  u"1 1"_s);
         QCOMPARE(site.Text("SELECT ORG_TYPE_NAME||'/'||BUYER_FLAG||SALER_FLAG||SENDER_FLAG||"
-                           "ADMIN_FLAG||'/'||ifnull(REMARK,'')||'/'||LAST_USER||'/'||LAST_USER_ID"
+                           "ADMIN_FLAG||'/'||coalesce(REMARK,'')||'/'||LAST_USER||'/'||LAST_USER_ID"
                            " FROM UNI_ORG_TYPE WHERE ORG_TYPE_ID = '400001'"),
                  u"%1/%2/%3/系统管理员/600001"_s.arg(name, flags, remark));
         QVERIFY(!site.Text("SELECT LAST_UPDATE FROM UNI_ORG_TYPE WHERE ORG_TYPE_ID = '400001'")

@@ -1,5 +1,4 @@
 #include "ManagerSite.h"
-#include "managers/PostRunner.h"
 
 #include <QTest>
 
@@ -67,7 +66,7 @@ public:
     /// "ID ORG_ID PARENT_ORGID TREE_CODE" of the live rows, in the order of their codes.
     QStringList Tree()
     {
-        return Texts("SELECT ID||' '||ORG_ID||' '||ifnull(PARENT_ORGID,'-')||' '||TREE_CODE"
+        return Texts("SELECT ID||' '||ORG_ID||' '||coalesce(PARENT_ORGID,'-')||' '||TREE_CODE"
                      " FROM BAS_ORG_AFFILIATION WHERE ENABLE_FLAG <> 'D' ORDER BY TREE_CODE");
     }
 };
@@ -322,8 +321,8 @@ private slots:
     void ExchangeAndItsChildrenAreOneTransaction()
     {
         Site site;
-        site.Connection().Execute("CREATE TRIGGER KEEP BEFORE UPDATE ON BAS_ORG_AFFILIATION"
-                                  " WHEN OLD.ID = '4' BEGIN SELECT RAISE(ABORT, 'kept'); END");
+        site.Trap(ManagerSite::Trouble::Constraint, "BEFORE UPDATE ON BAS_ORG_AFFILIATION",
+                  "OLD.ID = '4'");
         QCOMPARE(site.Store(Place(u"1"_s, u"200008"_s, {}, u"0001"_s, u"1"_s)), u"0"_s);
         QCOMPARE(site.Tree(), Before);
         QCOMPARE(site.Logged(), 0);
@@ -351,7 +350,7 @@ private slots:
     {
         Site site;
         QCOMPARE(site.Remove(u"200004"_s), u"1"_s);
-        QCOMPARE(site.Text("SELECT ENABLE_FLAG||LAST_OPERATE||ifnull(PARENT_ORGID,'-')||"
+        QCOMPARE(site.Text("SELECT ENABLE_FLAG||LAST_OPERATE||coalesce(PARENT_ORGID,'-')||"
                            "TREE_CODE||LAST_USER FROM BAS_ORG_AFFILIATION WHERE ID = '4'"),
                  u"DD-000102系统管理员"_s);
         QCOMPARE(site.Log(), QStringList{Logged(u"4"_s, u"5"_s)});
@@ -430,11 +429,7 @@ private:
     {
         QStringList codes{{}, {}};
         const auto save = [&site](const Wire::NamedValues &row, QString &code) {
-            const auto connection = site.Database().OpenWriter();
-            code = Managers::RunPost(*connection, TestDatabase::Admin(),
-                                     {.request = {Manager, Save, {row}}, .key = {}, .body = {}})
-                       .rows.value(0)
-                       .code;
+            code = site.PostBeside({Manager, Save, {row}});
         };
         QString &first = codes[0];
         QString &second = codes[1];

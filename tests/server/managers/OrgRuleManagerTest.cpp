@@ -68,7 +68,7 @@ public:
     /// "RULE_CODE=RULE_VALUE" of what the screen reads for 200002.
     QStringList Rules()
     {
-        return Texts("SELECT RULE_CODE||'='||ifnull(RULE_VALUE,'') FROM UNI_ORG_RULE"
+        return Texts("SELECT RULE_CODE||'='||coalesce(RULE_VALUE,'') FROM UNI_ORG_RULE"
                      " WHERE ORG_ID = '200002' ORDER BY RULE_CODE");
     }
 };
@@ -95,7 +95,7 @@ private slots:
         QCOMPARE(site.Save({Superior(u"200001"_s), Validity(u"1"_s)}), u"1 1"_s);
         QCOMPARE(
             site.Text("SELECT RULE_NAME||'/'||VALUE_TYPE||'/'||ENABLE_FLAG||'/'||"
-                      "ifnull(REMARK,'-')||'/'||LAST_OPERATE||'/'||LAST_USER||'/'||LAST_USER_ID"
+                      "coalesce(REMARK,'-')||'/'||LAST_OPERATE||'/'||LAST_USER||'/'||LAST_USER_ID"
                       " FROM UNI_ORG_RULE WHERE RULE_CODE = 'ORG_DDYXQ'"),
             u"规则/B/1/-/1/系统管理员/600001"_s);
         QCOMPARE(site.Log(),

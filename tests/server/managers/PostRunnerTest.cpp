@@ -1,5 +1,6 @@
 #include "managers/PostRunner.h"
 #include "ManagerSite.h"
+#include "store/Clock.h"
 
 #include <QTest>
 
@@ -157,9 +158,8 @@ private slots:
     void RowThatTheDatabaseRefusesDoesNotUndoTheOthersOfARowByRowMethod()
     {
         ManagerSite site;
-        site.Connection().Execute("CREATE TRIGGER NO_MORE BEFORE INSERT ON UNI_PRODUCT"
-                                  " WHEN new.PRODUCT_ID = '500003'"
-                                  " BEGIN SELECT RAISE(ABORT, 'full'); END");
+        site.Trap(ManagerSite::Trouble::Constraint, "BEFORE INSERT ON UNI_PRODUCT",
+                  "NEW.PRODUCT_ID = '500003'");
         const Wire::PostAnswer answer = Run(site, MoveIn({u"500002"_s, u"500003"_s}));
         QCOMPARE(answer.rows[0].code, u"1"_s);
         QCOMPARE(answer.rows[1].code, u"0"_s);
@@ -217,11 +217,14 @@ private slots:
         ManagerSite site;
         const QByteArray key = "11111111-2222-3333-4444-555555555555";
         Run(site, DeleteMember(), key);
-        site.Connection().Run(
-            "UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','localtime','-71 hours')");
+        const auto setAge = [&](int hours) {
+            const QDateTime then = QDateTime::currentDateTime().addSecs(-3600 * hours);
+            site.Connection().Run("UPDATE SRV_IDEMPOTENCY SET CREATED = ?1",
+                                  {Store::DateText(then)});
+        };
+        setAge(71);
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"1"_s);
-        site.Connection().Run(
-            "UPDATE SRV_IDEMPOTENCY SET CREATED = datetime('now','localtime','-100 hours')");
+        setAge(100);
         QCOMPARE(Run(site, DeleteMember(), key).rows.value(0).code, u"0"_s);
         QCOMPARE(site.Logged(), 1);
     }

@@ -73,7 +73,7 @@ private slots:
         QCOMPARE(site.Rules(), QStringList({On, ByMember}));
         QCOMPARE(
             site.Text("SELECT RULE_NAME||'/'||VALUE_TYPE||'/'||ENABLE_FLAG||'/'||"
-                      "ifnull(REMARK,'-')||'/'||LAST_OPERATE||'/'||LAST_USER||'/'||LAST_USER_ID"
+                      "coalesce(REMARK,'-')||'/'||LAST_OPERATE||'/'||LAST_USER||'/'||LAST_USER_ID"
                       " FROM UNI_UNION_RULE WHERE RULE_CODE = 'UNI_JTCGDSH'"),
             u"集团审核启用标志/B/1/-/1/系统管理员/600001"_s);
     }

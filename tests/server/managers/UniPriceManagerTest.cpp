@@ -93,9 +93,10 @@ private slots:
                                row.values[1].second.toUtf8() + "'"),
                      row.values[0].second);
         }
-        QCOMPARE(site.Texts("SELECT ifnull(COST_PRICE, '-') FROM PRC_UNI_PRICE_PRODUCT"
-                            " ORDER BY PRODUCT_ID"),
-                 QStringList({u"12.5"_s, u"-"_s}));
+        QCOMPARE(
+            site.Texts("SELECT coalesce(CAST(COST_PRICE AS TEXT), '-') FROM PRC_UNI_PRICE_PRODUCT"
+                       " ORDER BY PRODUCT_ID"),
+            QStringList({u"12.5"_s, u"-"_s}));
     }
 
     void PriceIsKeptOnceAndUnchangedLeavesNoTrace()
@@ -113,7 +114,7 @@ private slots:
     {
         Site site;
         QCOMPARE(site.Codes(Manager, SavePrices, {Price(u"500001"_s, u"0.034567"_s)}), u"1"_s);
-        QCOMPARE(site.Text("SELECT COST_PRICE||'/'||PRICE_01 FROM PRC_UNI_PRICE_PRODUCT"),
+        QCOMPARE(site.Row("SELECT COST_PRICE, PRICE_01 FROM PRC_UNI_PRICE_PRODUCT"),
                  u"0.034567/0.034567"_s);
         QCOMPARE(site.Codes(Manager, SavePrices, {Price(u"500001"_s, u"0.03"_s)}), u"1"_s);
         QCOMPARE(site.Logged(), 2);
@@ -144,8 +145,8 @@ private slots:
         for (const QString &known : {key, QString()}) {
             QCOMPARE(keyOf(site.Post(Manager, SavePrices, {Price(u"500001"_s, u"9"_s, known)})),
                      key);
-            QCOMPARE(site.Text("SELECT COST_PRICE||'/'||LAST_OPERATE FROM PRC_UNI_PRICE_PRODUCT"),
-                     u"9.0/1"_s);
+            QCOMPARE(site.Row("SELECT COST_PRICE, LAST_OPERATE FROM PRC_UNI_PRICE_PRODUCT"),
+                     u"9/1"_s);
             QCOMPARE(site.Codes(Manager, SavePrices, {PriceDeletion(u"500001"_s)}), u"1"_s);
         }
         const QString entry = u"PRC_UNI_PRICE_PRODUCT/%1/-/600001/系统管理员/"_s.arg(key);

@@ -1,5 +1,4 @@
 #include "ManagerSite.h"
-#include "managers/PostRunner.h"
 
 #include <QTest>
 
@@ -176,12 +175,12 @@ private slots:
     {
         Site site;
         QCOMPARE(site.Save(Existing(u"300001"_s, {}, u"0007"_s, u"200001"_s)).code, u"1"_s);
-        QCOMPARE(site.Text("SELECT group_concat(UNION_CODE,' ') FROM (SELECT UNION_CODE FROM "
-                           "UNI_UNION WHERE LAST_OPERATE<>'D' ORDER BY UNION_ID)"),
-                 u"0007 000701 00070101 0002"_s);
-        QCOMPARE(site.Text("SELECT group_concat(KEY_ID1,' ') FROM (SELECT DISTINCT KEY_ID1 FROM "
-                           "SYS_UPDATE_LOG WHERE OPTION_TYPE='2' ORDER BY 1)"),
-                 u"300001 300002 300003"_s);
+        QCOMPARE(site.Texts("SELECT UNION_CODE FROM UNI_UNION WHERE LAST_OPERATE <> 'D'"
+                            " ORDER BY UNION_ID"),
+                 QStringList({u"0007"_s, u"000701"_s, u"00070101"_s, u"0002"_s}));
+        QCOMPARE(site.Texts("SELECT DISTINCT KEY_ID1 FROM SYS_UPDATE_LOG WHERE OPTION_TYPE = '2'"
+                            " ORDER BY 1"),
+                 QStringList({u"300001"_s, u"300002"_s, u"300003"_s}));
     }
 
     void ChangeKeepsTheGroupsCodeAndWritesTheLog()
@@ -247,13 +246,9 @@ private slots:
         std::atomic<int> stored = 0;
         std::atomic<int> refused = 0;
         const auto take = [&](const QString &master) {
-            const auto connection = site.Database().OpenWriter();
             const Wire::PostRequest request{
                 UnionManager, u"insert_update_UniUnion"_s, {Group({{u"MASTER_ORGID"_s, master}})}};
-            const QString code = Managers::RunPost(*connection, TestDatabase::Admin(),
-                                                   {.request = request, .key = {}, .body = {}})
-                                     .rows.value(0)
-                                     .code;
+            const QString code = site.PostBeside(request);
             ++(code == u"1" ? stored : refused);
         };
         std::thread first(take, u"200005"_s);

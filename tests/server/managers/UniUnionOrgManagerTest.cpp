@@ -1,5 +1,4 @@
 #include "ManagerSite.h"
-#include "managers/PostRunner.h"
 
 #include <QTest>
 
@@ -97,12 +96,8 @@ private slots:
         std::atomic<int> stored = 0;
         std::atomic<int> refused = 0;
         const auto add = [&](const QString &typeId) {
-            const auto connection = site.Database().OpenWriter();
             const Wire::PostRequest request{Manager, Method, {Addition(u"200005"_s, typeId)}};
-            const QString code = Managers::RunPost(*connection, TestDatabase::Admin(),
-                                                   {.request = request, .key = {}, .body = {}})
-                                     .rows.value(0)
-                                     .code;
+            const QString code = site.PostBeside(request);
             if (code == u"1"_s)
                 ++stored;
             else if (code == u"-1"_s)
@@ -129,7 +124,7 @@ private slots:
     {
         Site site;
         QCOMPARE(site.Save({Change(u"200007"_s, u"400001"_s)}), u"1"_s);
-        QCOMPARE(site.Text("SELECT ifnull(LAST_USER,'-') FROM UNI_ORG"), u"-"_s);
+        QCOMPARE(site.Text("SELECT coalesce(LAST_USER,'-') FROM UNI_ORG"), u"-"_s);
         QCOMPARE(site.Logged(), 0);
     }
 
