@@ -68,7 +68,7 @@ Manifest ReadManifest(const QDir &folder)
     Manifest manifest;
     manifest.schema = all[u"schema"_s].toInt();
     const QJsonArray tables = all[u"tables"_s].toArray();
-    for (const QJsonValue &value : tables) {
+    for (const auto &value : tables) {
         const QJsonObject table = value.toObject();
         manifest.tables.append({table[u"table"_s].toString(), table[u"rows"_s].toInteger(-1),
                                 table[u"sha256"_s].toString()});
