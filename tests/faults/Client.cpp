@@ -63,8 +63,10 @@ void Client::Work(quint16 port, const std::atomic<bool> &stop)
 bool Client::SendPending(Line &line)
 {
     const HttpReply reply = line.Ask(pending_->bytes);
-    if (reply.status == 0)
+    if (reply.status == 0) {
+        ++lost_;
         return false;
+    }
     if (reply.status == 200) {
         TakeAnswer(reply);
         return true;

@@ -38,6 +38,7 @@ public:
     qint64 Acknowledged() const { return acknowledged_; }
     qint64 Repeated() const { return repeated_; }
     qint64 Refused() const { return refused_; } ///< answered with an error
+    qint64 Lost() const { return lost_; }       ///< not answered
 
 private:
     /// A post on its way: sent, and not known to be stored.
@@ -80,6 +81,7 @@ private:
     std::atomic<qint64> acknowledged_ = 0;
     std::atomic<qint64> repeated_ = 0;
     std::atomic<qint64> refused_ = 0;
+    std::atomic<qint64> lost_ = 0;
 };
 
 } // namespace Qel::Faults

@@ -9,7 +9,8 @@ namespace Qel::Faults {
 namespace {
 
 constexpr int ClientCount = 4;
-/// The server waits for ten seconds for a lock: one time shorter, one time longer.
+const QStringList RequestTime{u"--request-time"_s, u"6"_s};
+/// One time shorter than a post has, one time longer.
 constexpr std::chrono::seconds LockTimes[] = {std::chrono::seconds(2), std::chrono::seconds(13)};
 
 } // namespace
@@ -22,7 +23,7 @@ Outcome LockDatabase(const Task &task)
     const QString folder = task.bed.NewFolder();
     Site site(task.bed.NewDatabase(folder), folder, task.withSampleData, ClientCount);
     auto clients = MakeClients(ClientCount, task.seed, findings);
-    site.StartServer();
+    site.StartServer(RequestTime);
     Times queries;
     Times back;
     for (int round = 0; round < task.count; ++round) {
@@ -41,6 +42,9 @@ Outcome LockDatabase(const Task &task)
         back.Add(TimeToNextPost(clients));
         load.Stop();
         CheckAll(clients, *other);
+        for (const auto &client : clients)
+            if (client->Lost() > 0)
+                findings.Add(u"%1 posts were not answered"_s.arg(client->Lost()));
     }
     return findings.Result(
         u"%1 locks; %2"_s.arg(Counted(task.count), PostsText(clients)),

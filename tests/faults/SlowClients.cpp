@@ -113,7 +113,7 @@ void AllowManyFiles()
 void AddLongText(Store::Connection &connection)
 {
     connection.Run("INSERT INTO SYS_AFFICHE (ID, AFFICHE_CONTENT) VALUES ('900', ?1)",
-                   {u"公告"_s.repeated(50'000)});
+                   {u"公告"_s.repeated(30'000)});
 }
 
 QByteArray LongQuery()
@@ -121,7 +121,8 @@ QByteArray LongQuery()
     const Wire::QueryRequest request{
         u"SELECT ID, AFFICHE_CONTENT FROM SYS_AFFICHE WHERE ID='900'"_s, 0, 0, 1};
     return ToBytes({.path = "/NorvaneSelectServlet",
-                    .body = Wire::Encode(request, Wire::Format::Json),
+                    .body = Wire::Encode(request, Wire::Format::Cbor),
+                    .format = Wire::Format::Cbor,
                     .credential = Domain(0).credential});
 }
 
