@@ -91,20 +91,17 @@ QStringList TableRows::LiveKeys() const
 
 void TableRows::Store(Store::Connection &connection) const
 {
-    QStringList places;
-    for (qsizetype column = 1; column <= columns_.size(); ++column)
-        places += u"?%1"_s.arg(column);
-    const auto statement =
-        connection.Prepare(u"INSERT INTO %1 (%2) VALUES (%3)"_s
-                               .arg(table_, columns_.join(u", "_s), places.join(u", "_s))
-                               .toUtf8());
-    const auto width = static_cast<int>(columns_.size());
-    for (qsizetype row = 0; row < Count(); ++row) {
-        for (int column = 0; column < width; ++column)
-            statement->Bind(column + 1, Bytes(row * width + column));
-        statement->Step();
-        statement->Reset();
-    }
+    const qsizetype width = columns_.size();
+    qsizetype row = 0;
+    connection.InsertRows(table_.toUtf8(), columns_.join(u',').toUtf8(),
+                          [&](QList<QByteArrayView> &values) {
+                              if (row == Count())
+                                  return false;
+                              for (qsizetype column = 0; column < width; ++column)
+                                  values[column] = Bytes(row * width + column);
+                              ++row;
+                              return true;
+                          });
 }
 
 void TableRows::Append(const QStringList &values)

@@ -75,6 +75,22 @@ bool Connection::Exists(QByteArrayView sql, const Values &values)
     return InUse(*this, sql, values)->Step();
 }
 
+void Connection::InsertRows(QByteArrayView table, QByteArrayView columns, const NextRow &next)
+{
+    QByteArrayList places;
+    for (qsizetype place = 0; place <= columns.count(','); ++place)
+        places += '?' + QByteArray::number(place + 1);
+    const auto statement = Prepare("INSERT INTO " + table.toByteArray() + " (" +
+                                   columns.toByteArray() + ") VALUES (" + places.join(',') + ')');
+    QList<QByteArrayView> row(places.size());
+    while (next(row)) {
+        for (int column = 0; column < row.size(); ++column)
+            statement->Bind(column + 1, row[column]);
+        statement->Step();
+        statement->Reset();
+    }
+}
+
 Transaction::Transaction(Connection &connection)
     : connection_(connection)
 {

@@ -98,6 +98,12 @@ public:
     /// read, but neither change anything nor see the server's own tables ("SRV_...").
     virtual std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) = 0;
     virtual qint64 ChangedRows() const = 0; ///< by the last INSERT, UPDATE or DELETE
+
+    /// Gives the next row as one text a column, the empty one for NULL; false: there is none.
+    using NextRow = std::function<bool(QList<QByteArrayView> &row)>;
+    /// Stores many rows the quickest way that the database has. `columns` are parted by commas.
+    virtual void InsertRows(QByteArrayView table, QByteArrayView columns, const NextRow &next);
+
     /// Connected, and in no transaction: fit for somebody else's work.
     virtual bool IsAtRest() const = 0;
 

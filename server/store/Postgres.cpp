@@ -80,6 +80,13 @@ std::size_t ParameterCount(QByteArrayView sql)
     return count;
 }
 
+/// The protocol ends texts with it: the rest would be cut off.
+[[noreturn]] void RefuseNul()
+{
+    throw EStoreError(EStoreError::Kind::BadValue, u"文本含有 NUL 字符。"_s,
+                      u"文本含有 NUL 字符"_s);
+}
+
 class PostgresStatement;
 
 class PostgresConnection : public Connection
@@ -113,6 +120,8 @@ public:
             throw EStoreError(EStoreError::Kind::Failure, u"客户端的查询只能在只读连接上执行。"_s);
         return Prepare(sql);
     }
+
+    void InsertRows(QByteArrayView table, QByteArrayView columns, const NextRow &next) override;
 
     qint64 ChangedRows() const override { return session_.ChangedRows(); }
 
@@ -226,8 +235,7 @@ public:
         if (utf8.isEmpty())
             return BindNull(parameter);
         if (utf8.contains('\0'))
-            throw EStoreError(EStoreError::Kind::BadValue, u"文本含有 NUL 字符。"_s,
-                              u"文本含有 NUL 字符"_s);
+            RefuseNul();
         Place(parameter) = utf8.toByteArray();
     }
 
@@ -384,6 +392,54 @@ private:
 std::unique_ptr<Statement> PostgresConnection::Prepare(QByteArrayView sql)
 {
     return std::make_unique<PostgresStatement>(*this, sql);
+}
+
+/// One value as COPY reads it.
+void AppendCopied(QByteArray &buffer, QByteArrayView value)
+{
+    if (value.isEmpty()) {
+        buffer += "\\N";
+        return;
+    }
+    for (const char c : value) {
+        switch (c) {
+        case '\0':
+            RefuseNul();
+        case '\\':
+            buffer += "\\\\";
+            break;
+        case '\n':
+            buffer += "\\n";
+            break;
+        case '\r':
+            buffer += "\\r";
+            break;
+        case '\t':
+            buffer += "\\t";
+            break;
+        default:
+            buffer += c;
+        }
+    }
+}
+
+void PostgresConnection::InsertRows(QByteArrayView table, QByteArrayView columns,
+                                    const NextRow &next)
+{
+    MakeReady();
+    QList<QByteArrayView> row(columns.count(',') + 1);
+    session_.Copy("COPY " + table.toByteArray() + " (" + columns.toByteArray() + ") FROM STDIN",
+                  [&](QByteArray &buffer) {
+                      if (!next(row))
+                          return false;
+                      for (qsizetype column = 0; column < row.size(); ++column) {
+                          if (column > 0)
+                              buffer += '\t';
+                          AppendCopied(buffer, row[column]);
+                      }
+                      buffer += '\n';
+                      return true;
+                  });
 }
 
 void PostgresConnection::MakeReady()

@@ -1,5 +1,6 @@
 #include "store/PostgresSession.h"
 
+#include <QScopeGuard>
 #include <QTimeZone>
 
 #include <libpq-fe.h>
@@ -214,6 +215,34 @@ PostgresResult PostgresSession::Next(QByteArrayView sql)
         }
     }
     return nullptr;
+}
+
+void PostgresSession::Copy(const QByteArray &sql,
+                           const std::function<bool(QByteArray &buffer)> &next)
+{
+    Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
+    PostgresResult ready = Wait();
+    if (!ready || PQresultStatus(ready.get()) != PGRES_COPY_IN)
+        Fail(std::move(ready), sql);
+    auto giveUp = qScopeGuard([&] {
+        PQputCopyEnd(connection_.get(), "given up");
+        Abandon(false);
+    });
+    constexpr qsizetype piece = 64 << 10;
+    QByteArray buffer;
+    for (bool more = true; more;) {
+        more = next(buffer);
+        if (more && buffer.size() < piece)
+            continue;
+        if (PQputCopyData(connection_.get(), buffer.constData(), static_cast<int>(buffer.size())) <
+            0)
+            break; // the result says why
+        buffer.resize(0);
+    }
+    giveUp.dismiss();
+    PQputCopyEnd(connection_.get(), nullptr);
+    while (Next(sql)) {
+    }
 }
 
 void PostgresSession::Abandon(bool mayCancel) noexcept

@@ -58,6 +58,9 @@ public:
     /// In a transaction that writes the server is not, for that would end the transaction.
     void Abandon(bool mayCancel) noexcept;
 
+    /// COPY ... FROM STDIN: `next` appends text to the buffer that it is given, or says false.
+    void Copy(const QByteArray &sql, const std::function<bool(QByteArray &buffer)> &next);
+
     qint64 ChangedRows() const { return changedRows_; }
 
 private:

@@ -14,7 +14,6 @@ private slots:
     {
         SampleDatabase data(SampleDatabase::Source::Filled);
         QCOMPARE(data.Number("SELECT COUNT(*) FROM USR_USER WHERE USER_CODE = 'admin'"), 1);
-        Store::UpdateStatistics(*data.connection); // as the server does when it starts
         data.connection.reset();
         data.database.reset();
         const QString file = QStringLiteral(QEL_SAMPLE_FILE);

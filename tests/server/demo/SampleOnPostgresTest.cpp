@@ -1,0 +1,62 @@
+#include "SampleDatabase.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace Qel;
+
+/// The sample database on PostgreSQL: its rows are those of SQLite, and its indexes are used.
+class SampleOnPostgresTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void HasTheRowsOfSqlite_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const Sql::Table &table : Store::SchemaCatalog().Tables()) {
+            if (table.name != "SRV_SCHEMA") // the time that the tables were made at
+                QTest::newRow(table.name.c_str()) << QString::fromStdString(table.name);
+        }
+    }
+    void HasTheRowsOfSqlite()
+    {
+        QFETCH(QString, name);
+        const Sql::Table &table = *Store::SchemaCatalog().Find(name.toStdString());
+        QCOMPARE(data_.ContentHash(table), sqlite_.ContentHash(table));
+    }
+
+    void LooksUpByIndex_data()
+    {
+        QTest::addColumn<QByteArray>("sql");
+        const auto row = [](const char *name, const QByteArray &sql) {
+            QTest::newRow(name) << sql;
+        };
+        row("a key", "SELECT 1 FROM BAS_PRODUCT WHERE PRODUCT_ID = '500007'");
+        row("lines of an order", "SELECT 1 FROM TRA_ORDER_ITEM WHERE ORD_ID = '90000007'");
+        row("deliveries of a line", "SELECT 1 FROM TRA_SEND WHERE ORD_ITEM_ID = '91000007'");
+        row("returns of a delivery", "SELECT 1 FROM TRA_RETURN WHERE SEND_ID = '92000007'");
+        row("orders of a day", "SELECT 1 FROM TRA_ORDER WHERE ORD_DATE BETWEEN"
+                               " '2026-03-02 00:00:00' AND '2026-03-02 23:59:59'");
+        row("first page of products", "SELECT * FROM BAS_PRODUCT ORDER BY PRODUCT_ID LIMIT 50");
+        row("the log of a record", "SELECT 1 FROM SYS_UPDATE_LOG WHERE TABLE_NAME = 'UNI_UNION'"
+                                   " AND KEY_ID1 = '300001'");
+    }
+    void LooksUpByIndex()
+    {
+        QFETCH(QByteArray, sql);
+        const auto rows = data_.connection->Prepare("EXPLAIN " + sql);
+        QStringList plan;
+        while (rows->Step())
+            plan += rows->ColumnText(0);
+        const QString text = plan.join(u'\n');
+        QVERIFY2(text.contains(u"Index"_s) && !text.contains(u"Seq Scan"_s), qPrintable(text));
+    }
+
+private:
+    SampleDatabase data_;
+    SampleDatabase sqlite_{SampleDatabase::Source::SqliteCopy};
+};
+
+QTEST_GUILESS_MAIN(SampleOnPostgresTest)
+#include "SampleOnPostgresTest.moc"
