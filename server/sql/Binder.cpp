@@ -9,15 +9,13 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace Qel::Sql {
 
 namespace {
-
-/// SQLite refuses longer patterns; Oracle's longest text is shorter still.
-constexpr size_t maxPatternBytes = 50000;
 
 QString Shown(const std::string &name)
 {
@@ -194,8 +192,11 @@ private:
             condition.kind == Syntax::Kind::Compare || condition.kind == Syntax::Kind::IsNull ||
             condition.kind == Syntax::Kind::Like || condition.kind == Syntax::Kind::Between;
         marked_ = nullptr;
+        std::set<const Relation *> around = std::exchange(named_, {});
         conjunct.condition = Condition(condition, scope);
         conjunct.marked = marked_;
+        conjunct.named = named_;
+        named_.merge(around); // a condition around this one names the same
         marked_ = nullptr;
         scope.marksAllowed = false;
         conjuncts.push_back(std::move(conjunct));
@@ -415,6 +416,7 @@ private:
         }
         for (Scope *level = &scope; level; level = level->outer) {
             if (NodePtr column = FindColumn(name, *level)) {
+                named_.insert(column->relation);
                 if (name.marked)
                     Mark(name, *column, scope);
                 return column;
@@ -555,7 +557,27 @@ private:
                 arguments.push_back(Value(*argument, scope));
         }
         scope.insideAggregate = insideAggregate;
+        if (function->aggregate)
+            CheckAggregated(arguments, scope, call);
         return Call(*function, std::move(arguments), call.distinct, call.begin);
+    }
+
+    /// Databases take an aggregate of columns from further out for one of the query out there.
+    static void CheckAggregated(const std::vector<NodePtr> &arguments, const Scope &scope,
+                                const Syntax::Expression &call)
+    {
+        bool own = false;
+        bool outer = false;
+        for (const NodePtr &argument : arguments)
+            ForEachColumn(*argument, [&](const Node &column) {
+                own = own || IsOwn(column, *scope.query);
+                for (const Scope *around = scope.outer; around; around = around->outer)
+                    outer = outer || IsOwn(column, *around->query);
+            });
+        if (outer && !own) {
+            throw ESqlError("sql.syntax", call.begin,
+                            u"汇总函数“%1”中没有本查询的列"_s.arg(Shown(call.text)));
+        }
     }
 
     NodePtr BindCase(const Syntax::Expression &expression, Scope &scope)
@@ -663,8 +685,6 @@ private:
     {
         for (NodePtr &argument : like.arguments)
             argument = Convert(argument, Type::Text, position);
-        if (like.arguments[1]->text.size() > maxPatternBytes)
-            throw ESqlError("sql.limit", position, u"LIKE 的内容过长"_s);
         if (like.arguments.size() > 2 &&
             (like.arguments[2]->op != Op::Text || like.arguments[2]->size != 1))
             throw ESqlError("sql.syntax", position, u"ESCAPE 之后应是一个字符"_s);
@@ -685,6 +705,7 @@ private:
     int relationCount_ = 0;
     std::vector<std::string> tables_;
     const Relation *marked_ = nullptr; ///< by the condition that is being bound
+    std::set<const Relation *> named_; ///< in it
 };
 
 } // namespace

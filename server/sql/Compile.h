@@ -32,6 +32,7 @@ struct Limits
     int maxTables = 40;    ///< over all sub-selects
     int maxColumns = 1000; ///< of one select list, GROUP BY or ORDER BY
     int maxLiterals = 50000;
+    int maxLiteralBytes = 4000; ///< of one, as in Oracle
 };
 
 /// The tables that a client may read and the rows of each, as a condition in the database's own SQL

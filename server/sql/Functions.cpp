@@ -1,7 +1,11 @@
 #include "sql/Functions.h"
 
+#include "sql/Lexer.h"
+
 #include <algorithm>
 #include <array>
+#include <set>
+#include <string>
 
 namespace Qel::Sql {
 
@@ -70,6 +74,25 @@ constexpr std::array<Template, 30> templates = {{
      "TO_CHAR(LOCALTIMESTAMP,'YYYY-MM-DD HH24:MI:SS')"},
 }};
 
+/// The names before brackets in all templates, and what the printer writes without one.
+std::set<std::string> PrintedFunctions(Dialect dialect)
+{
+    std::set<std::string> names{"COALESCE", "LIKE", "NULLIF", "ROW_NUMBER"};
+    const auto isOfName = [](char c) { return (c >= 'A' && c <= 'Z') || c == '_'; };
+    for (const Template &one : templates) {
+        const std::string_view text = FunctionTemplate(one.fn, dialect);
+        for (size_t bracket = text.find('('); bracket != std::string_view::npos;
+             bracket = text.find('(', bracket + 1)) {
+            size_t begin = bracket;
+            while (begin > 0 && isOfName(text[begin - 1]))
+                --begin;
+            if (begin < bracket)
+                names.emplace(text.substr(begin, bracket - begin));
+        }
+    }
+    return names;
+}
+
 } // namespace
 
 const ClientFunction *FindClientFunction(std::string_view upperName)
@@ -88,6 +111,13 @@ std::string_view FunctionTemplate(Fn fn, Dialect dialect)
         return {};
     return dialect == Dialect::PostgreSql && !found->postgreSql.empty() ? found->postgreSql
                                                                         : found->sqlite;
+}
+
+bool IsPrintedFunction(std::string_view name, Dialect dialect)
+{
+    static const std::set<std::string> sqlite = PrintedFunctions(Dialect::Sqlite);
+    static const std::set<std::string> postgreSql = PrintedFunctions(Dialect::PostgreSql);
+    return (dialect == Dialect::Sqlite ? sqlite : postgreSql).contains(UpperAscii(name));
 }
 
 } // namespace Qel::Sql

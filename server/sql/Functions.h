@@ -66,4 +66,12 @@ const ClientFunction *FindClientFunction(std::string_view upperName);
 /// most once in a template, so nested calls cannot grow without bound.
 std::string_view FunctionTemplate(Fn fn, Dialect dialect);
 
+/// Whether a printed statement calls the database's function of this name, in any case. Nothing
+/// else needs to be allowed to one that reads for clients.
+bool IsPrintedFunction(std::string_view name, Dialect dialect);
+
+/// Of a LIKE: Oracle's longest text. The time that a comparison takes grows with it, and a
+/// database cannot be stopped inside of one.
+inline constexpr int MaxPatternBytes = 4000;
+
 } // namespace Qel::Sql

@@ -14,16 +14,13 @@ namespace {
 
 using RelationSet = std::set<const Relation *>;
 
-RelationSet OthersIn(const Node &condition, const Relation *self, const Query &query)
+RelationSet OthersIn(const Conjunct &conjunct, const Query &query)
 {
     RelationSet found;
-    ForEachColumn(condition, [&](const Node &column) {
-        const bool own =
-            std::any_of(query.relations.begin(), query.relations.end(),
-                        [&](const auto &relation) { return relation.get() == column.relation; });
-        if (own && column.relation != self)
-            found.insert(column.relation);
-    });
+    for (const auto &relation : query.relations) {
+        if (relation.get() != conjunct.marked && conjunct.named.contains(relation.get()))
+            found.insert(relation.get());
+    }
     return found;
 }
 
@@ -35,8 +32,7 @@ void PlaceConditions(Query &query, std::vector<Conjunct> conjuncts)
     for (const Conjunct &conjunct : conjuncts) {
         if (!conjunct.marked)
             continue;
-        if (RelationSet others = OthersIn(*conjunct.condition, conjunct.marked, query);
-            !others.empty())
+        if (RelationSet others = OthersIn(conjunct, query); !others.empty())
             needs[conjunct.marked].merge(others);
     }
 

@@ -2,12 +2,17 @@
 
 #include "sql/Tree.h"
 
+#include <set>
+
 namespace Qel::Sql {
 
 /// One of the conditions that WHERE joins by AND.
 struct Conjunct
 {
     NodePtr condition;
+    /// Whose columns it names as it was written: of a column that is always NULL the condition
+    /// keeps nothing.
+    std::set<const Relation *> named;
     const Relation *marked = nullptr; ///< the one whose columns carry (+); null: none does
     qsizetype position = 0;
 };

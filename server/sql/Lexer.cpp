@@ -87,6 +87,7 @@ private:
             token.kind = TokenKind::Text;
             token.text = ReadQuoted('\'', token.begin);
             CountLiteral(token.begin);
+            CheckLength(token);
         } else if (c == '"') {
             token.kind = TokenKind::QuotedWord;
             token.text = ReadQuoted('"', token.begin);
@@ -156,6 +157,14 @@ private:
         token.kind = TokenKind::Symbol;
         token.text = *symbol;
         at_ += symbol->size();
+    }
+
+    void CheckLength(const Token &literal) const
+    {
+        if (literal.text.size() > static_cast<size_t>(limits_.maxLiteralBytes)) {
+            throw ESqlError("sql.limit", literal.begin,
+                            u"一个常量超过 %1 字节"_s.arg(limits_.maxLiteralBytes));
+        }
     }
 
     void CountLiteral(qsizetype position)

@@ -281,6 +281,50 @@ private slots:
         ExpectLimit(more, more.size() - 9, u"常量超过 50000 个"_s);
     }
 
+    void LiteralOfFourThousandBytesButNotMore()
+    {
+        const auto statement = [](const QString &literal) {
+            return Where + u"ORG_ID='200001' AND ORG_NAME<>'"_s + literal + u'\'';
+        };
+        const qsizetype position = statement({}).size() - 2;
+        QCOMPARE(Rows(statement(QString(4'000, u'x'))).value_or(0), 1);
+        ExpectLimit(statement(QString(4'001, u'x')), position, u"一个常量超过 4000 字节"_s);
+        // bytes of the value: a doubled apostrophe is one, a Chinese character three
+        QCOMPARE(Rows(statement(u"''"_s.repeated(4'000))).value_or(0), 1);
+        ExpectLimit(statement(u"''"_s.repeated(4'001)), position, u"一个常量超过 4000 字节"_s);
+        QCOMPARE(Rows(statement(QString(1'333, u'药'))).value_or(0), 1);
+        ExpectLimit(statement(QString(1'334, u'药')), position, u"一个常量超过 4000 字节"_s);
+    }
+
+    /// Texts that grow as they are put together, and a sort of what one list makes with itself:
+    /// neither may fill the server's memory until the statement's time is up.
+    void WhatGrowsWhileItRunsIsStopped()
+    {
+        if (TestsRunOnPostgres())
+            QSKIP("PostgreSQL sorts on disk, in a process of its own");
+        const QString grown =
+            u"SELECT '%1' AS C FROM BAS_ORG WHERE ORG_ID='200001'"_s.arg(QString(1'000, u'x'));
+        const QString tenfold = u"SELECT C||C||C||C||C||C||C||C||C||C AS C FROM ("_s;
+        QCOMPARE(Run(tenfold + tenfold + grown + u"))"_s).Text(0, 0).size(), 100'000);
+        const QString message = u"中间结果过大：内存超过 %1 字节，或一个值超过 1048576 字节"_s;
+        ExpectLimit(tenfold.repeated(4) + grown + u"))))"_s, -1, message.arg(512 << 20));
+
+        Store::QueryRunner small(*reader_, {.memory = 4 << 20});
+        const QString sorted = u"SELECT A.ORG_NAME FROM BAS_ORG A,BAS_ORG B,BAS_ORG C,BAS_ORG D%1"
+                               " ORDER BY A.ORG_NAME||B.ORG_NAME"_s;
+        QCOMPARE(small.Run(sorted.arg(u""_s), 0, 0).count, 4'096);
+        try {
+            small.Run(sorted.arg(u",BAS_ORG E,BAS_ORG F"_s), 0, 0);
+            QFAIL("was run");
+        } catch (const Sql::ESqlError &error) {
+            QCOMPARE(QString::fromStdString(error.Code()), u"sql.limit"_s);
+            QCOMPARE(error.Message(), u"查询语句："_s + message.arg(4 << 20));
+        }
+        // the connection is as good as before
+        QCOMPARE(small.Run(sorted.arg(u""_s), 0, 0).count, 4'096);
+        QCOMPARE(small.Run(sorted.arg(u",BAS_ORG E,BAS_ORG F"_s), 1, 10).total, 262'144);
+    }
+
     void ThousandColumnsButNotMore()
     {
         const QString columns = u"ORG_ID,"_s.repeated(999);
@@ -308,7 +352,7 @@ private slots:
         const Nesting &derived = *std::ranges::find_if(Nestings(), [](const Nesting &one) {
             return qstrcmp(one.name, "derived tables") == 0;
         });
-        const QString half(30'000, u'a');
+        const QString half(3'000, u'a');
         const QString like = Where + u"ORG_NAME LIKE '"_s + half + u"'||'"_s + half + u'\'';
         if (TestsRunOnPostgres()) { // takes both
             QCOMPARE(Rows(derived.Statement(30)).value_or(0), 8);
