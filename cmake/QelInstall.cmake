@@ -7,6 +7,7 @@ install(FILES "${packaging}/org.qel.host.desktop" DESTINATION "${CMAKE_INSTALL_D
 install(FILES "${packaging}/org.qel.host.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 install(FILES "${packaging}/icons/org.qel.host.svg"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
+install(FILES "${packaging}/postgresql/qel-reader.sql" DESTINATION "${CMAKE_INSTALL_DATADIR}/qel")
 install(FILES "${packaging}/man/qel-host.1" "${packaging}/man/qel-server.1" "${packaging}/man/qel-contract.1"
     DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 

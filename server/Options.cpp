@@ -70,6 +70,9 @@ Options ParseOptions(const QStringList &arguments)
          u"code"_s},
         {u"exit-with-parent"_s, u"Exit when standard input is closed."_s},
         {u"statement-time"_s, u"Seconds that one statement may take."_s, u"seconds"_s, u"30"_s},
+        {u"answer-rows"_s, u"Rows that the answer to a query may have."_s, u"number"_s,
+         u"200000"_s},
+        {u"answer-size"_s, u"MiB that the answer to a query may have."_s, u"MiB"_s, u"256"_s},
         {u"request-time"_s, u"Seconds from a request's first byte to its answer's last."_s,
          u"seconds"_s, u"60"_s},
         {u"slow-time"_s,
@@ -102,6 +105,8 @@ Options ParseOptions(const QStringList &arguments)
     options.demo = parser.isSet(u"demo"_s);
     options.exitWithParent = parser.isSet(u"exit-with-parent"_s);
     options.statementSeconds = Admin::NumberOption(parser, u"statement-time"_s, 1, 3600);
+    options.answerRows = Admin::NumberOption(parser, u"answer-rows"_s, 1, 10'000'000);
+    options.answerMegabytes = Admin::NumberOption(parser, u"answer-size"_s, 1, 2'000);
     options.requestSeconds = Admin::NumberOption(parser, u"request-time"_s, 1, 3600);
     options.connectionLimit = Admin::NumberOption(parser, u"connections"_s, 1, 100'000);
     return options;

@@ -17,6 +17,8 @@ struct Options
     bool demo = false;
     bool exitWithParent = false;
     int statementSeconds = 30;
+    int answerRows = 200'000;
+    int answerMegabytes = 256;
     int connectionLimit = 1'000;
     int requestSeconds = 60;
     int slowSeconds = 10;

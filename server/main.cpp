@@ -99,13 +99,14 @@ int Serve(Store::Database &database, const Options &options)
 {
     Http::SetLogFormat(options.jsonLog ? Http::LogFormat::Json : Http::LogFormat::Text);
     Http::Metrics metrics;
-    Http::Service service(database,
-                          {.basePath = options.basePath.toUtf8(),
-                           .serverName = QCoreApplication::applicationName(),
-                           .statementTime = std::chrono::seconds(options.statementSeconds),
-                           .limits = {},
-                           .trustedProxies = TrustedProxies(options)},
-                          metrics);
+    Http::Service service(
+        database,
+        {.basePath = options.basePath.toUtf8(),
+         .serverName = QCoreApplication::applicationName(),
+         .statementTime = std::chrono::seconds(options.statementSeconds),
+         .limits = {.rows = options.answerRows, .bytes = qint64(options.answerMegabytes) << 20},
+         .trustedProxies = TrustedProxies(options)},
+        metrics);
     const int processors = static_cast<int>(std::thread::hardware_concurrency());
     Http::HttpServer server({.host = options.host,
                              .port = options.port,

@@ -31,6 +31,7 @@ public:
         Constraint, ///< a key, a check or a NOT NULL refused the row
         Stopped,    ///< the connection's StopWhen said so
         TooComplex, ///< nested deeper, or wider, than the database was built for
+        TooMuch,    ///< needs more memory, or makes longer texts, than one statement may
         BadValue,   ///< a function of the query language refused a value
         Conflict,   ///< others came in between; the transaction may be run again from its beginning
         Lost,       ///< the connection broke; what was not committed is undone
@@ -109,6 +110,10 @@ public:
 
     /// Asked now and then while a statement runs; true ends it with Kind::Stopped. Empty: never.
     virtual void StopWhen(std::function<bool()> condition) = 0;
+
+    /// What a PrepareQuery statement may hold in this process beside its answer, in bytes; more
+    /// ends it with Kind::TooMuch. Without effect where another process does the work.
+    virtual void LimitMemory(qint64 bytes) { Q_UNUSED(bytes) }
 
     // For the guards below. A connection that was lost is made anew by the next Begin, or by the
     // next statement outside of a transaction; what is left of a transaction says Lost again.

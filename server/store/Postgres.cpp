@@ -118,6 +118,9 @@ public:
     {
         if (access_ != Access::Read)
             throw EStoreError(EStoreError::Kind::Failure, u"客户端的查询只能在只读连接上执行。"_s);
+        // Anybody may put a role off by RESET ROLE, or end a transaction.
+        if (!sql.startsWith("SELECT "))
+            throw EStoreError(EStoreError::Kind::Failure, u"客户端的查询只能是 SELECT。"_s);
         return Prepare(sql);
     }
 

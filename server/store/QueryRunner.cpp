@@ -16,11 +16,15 @@ namespace {
 constexpr qsizetype KeptTextBytes = 16 << 10;
 
 /// What the statement itself is to blame for is said of it; the rest is the server's failure.
-[[noreturn]] void Blame(const EStoreError &error)
+[[noreturn]] void Blame(const EStoreError &error, const QueryLimits &limits)
 {
     switch (error.WhichKind()) {
     case EStoreError::Kind::TooComplex:
         throw Sql::ESqlError("sql.limit", u"嵌套过深或列过多，超出数据库的限度"_s);
+    case EStoreError::Kind::TooMuch:
+        throw Sql::ESqlError(
+            "sql.limit",
+            u"中间结果过大：内存超过 %1 字节，或一个值超过 1048576 字节"_s.arg(limits.memory));
     case EStoreError::Kind::BadValue:
         throw Sql::ESqlError("sql.value", error.Reason());
     default:
@@ -47,6 +51,7 @@ QueryRunner::QueryRunner(Connection &connection, const QueryLimits &limits)
     : connection_(connection)
     , limits_(limits)
 {
+    connection_.LimitMemory(limits.memory);
 }
 
 QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize,
@@ -70,7 +75,7 @@ QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize,
     try {
         return Run(query, page, pageSize);
     } catch (const EStoreError &error) {
-        Blame(error);
+        Blame(error, limits_);
     }
 }
 

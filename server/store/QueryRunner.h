@@ -20,6 +20,9 @@ struct QueryLimits
 {
     qint64 rows = 200'000;
     qint64 bytes = 256ll << 20; ///< of the row block
+    /// What the statement may hold beside it where the database works in this process: sorting an
+    /// unpaged list of 200,000 rows takes a few hundred bytes for each.
+    qint64 memory = 512ll << 20;
 };
 
 /// An answer would be larger than QueryLimits allows.

@@ -1,6 +1,8 @@
 #include "store/Sqlite.h"
 
+#include "sql/Functions.h"
 #include "sql/SqliteFunctions.h"
+#include "store/SqliteMemory.h"
 
 #include <QHash>
 #include <QScopedValueRollback>
@@ -25,6 +27,8 @@ constexpr auto LockPatience = std::chrono::seconds(10);
 constexpr auto LockPause = std::chrono::milliseconds(2);
 /// Between two looks at the clock: about 20 microseconds of work for one reading of 25 ns.
 constexpr int OperationsPerLook = 1'000;
+/// Bytes of a text, or of a row, that a client's statement may come by on its way.
+constexpr int LongestValue = 1 << 20;
 
 struct CloseSqlite
 {
@@ -64,6 +68,10 @@ bool IsBuiltInLimit(std::string_view message)
     case SQLITE_BUSY: // another process kept the file locked
         kind = Kind::Conflict;
         break;
+    case SQLITE_NOMEM: // what SqliteMemory refuses
+    case SQLITE_TOOBIG:
+        kind = Kind::TooMuch;
+        break;
     case SQLITE_MISMATCH: // given by the QEL_ functions
         kind = Kind::BadValue;
         break;
@@ -81,17 +89,20 @@ bool IsBuiltInLimit(std::string_view message)
 /// SQLite's statistics of its memory, which nobody reads, cost a lock around every allocation, and
 /// a scan that calls UPPER for each row allocates all the time. Has an effect only before the
 /// library is used for the first time.
-void DoWithoutStatistics()
+void ConfigureSqlite()
 {
     [[maybe_unused]] static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    SqliteMemory::Install();
 }
 
 class SqliteStatement : public Statement
 {
 public:
-    SqliteStatement(sqlite3 *database, sqlite3_stmt *handle)
+    /// `memoryLimit` in bytes; 0: none.
+    SqliteStatement(sqlite3 *database, sqlite3_stmt *handle, qint64 memoryLimit)
         : database_(database)
         , handle_(handle)
+        , memoryLimit_(memoryLimit)
     {
     }
 
@@ -113,6 +124,7 @@ public:
 
     bool Step() override
     {
+        const SqliteMemory::Meter meter(memoryUsed_, memoryLimit_);
         const int result = sqlite3_step(handle_.get());
         if (result == SQLITE_ROW)
             return true;
@@ -122,7 +134,11 @@ public:
         return false;
     }
 
-    void Reset() override { sqlite3_reset(handle_.get()); }
+    void Reset() override
+    {
+        sqlite3_reset(handle_.get());
+        memoryUsed_ = 0;
+    }
 
     int ColumnCount() const override { return sqlite3_column_count(handle_.get()); }
 
@@ -158,6 +174,8 @@ private:
 
     sqlite3 *database_;
     std::unique_ptr<sqlite3_stmt, FinalizeSqlite> handle_;
+    qint64 memoryLimit_;
+    qint64 memoryUsed_ = 0;          ///< since the last Reset
     QHash<int, QByteArray> numbers_; ///< texts of the current row's fractional numbers
 };
 
@@ -178,6 +196,8 @@ public:
         sqlite3_set_authorizer(opened, &SqliteConnection::Authorize, this);
         sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         Sql::PrepareSqliteConnection(opened);
+        if (!writes)
+            LimitSteps(opened);
         Execute(writes ? "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
                          "PRAGMA foreign_keys = ON"
                        : "PRAGMA query_only = ON; PRAGMA mmap_size = 268435456;"
@@ -197,21 +217,12 @@ public:
             Fail(handle_.get(), result, sql);
     }
 
-    std::unique_ptr<Statement> Prepare(QByteArrayView sql) override
-    {
-        sqlite3_stmt *statement = nullptr;
-        const int result =
-            sqlite3_prepare_v3(handle_.get(), sql.data(), static_cast<int>(sql.size()),
-                               SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
-        if (result != SQLITE_OK)
-            Fail(handle_.get(), result, sql);
-        return std::make_unique<SqliteStatement>(handle_.get(), statement);
-    }
+    std::unique_ptr<Statement> Prepare(QByteArrayView sql) override { return Prepare(sql, 0); }
 
     std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) override
     {
         const QScopedValueRollback<bool> guard(clientText_, true);
-        return Prepare(sql);
+        return Prepare(sql, memoryLimit_);
     }
 
     qint64 ChangedRows() const override { return sqlite3_changes64(handle_.get()); }
@@ -219,6 +230,7 @@ public:
     bool IsAtRest() const override { return sqlite3_get_autocommit(handle_.get()) != 0; }
 
     void StopWhen(std::function<bool()> condition) override { stop_ = std::move(condition); }
+    void LimitMemory(qint64 bytes) override { memoryLimit_ = bytes; }
 
     void Begin(Scope scope) override
     {
@@ -234,6 +246,30 @@ public:
     }
 
 private:
+    std::unique_ptr<Statement> Prepare(QByteArrayView sql, qint64 memoryLimit)
+    {
+        sqlite3_stmt *statement = nullptr;
+        const char *rest = nullptr;
+        const int result =
+            sqlite3_prepare_v3(handle_.get(), sql.data(), static_cast<int>(sql.size()),
+                               SQLITE_PREPARE_PERSISTENT, &statement, &rest);
+        if (result != SQLITE_OK)
+            Fail(handle_.get(), result, sql);
+        if (rest != sql.data() + sql.size()) { // SQLite reads the first of several and no more
+            sqlite3_finalize(statement);
+            throw EStoreError(EStoreError::Kind::Failure, u"只接受一条语句。"_s);
+        }
+        return std::make_unique<SqliteStatement>(handle_.get(), statement, memoryLimit);
+    }
+
+    /// Nobody looks at the clock inside of one function or comparison: no value may be so long
+    /// that it takes seconds.
+    static void LimitSteps(sqlite3 *opened)
+    {
+        sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, LongestValue);
+        sqlite3_limit(opened, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, Sql::MaxPatternBytes);
+    }
+
     static int ShouldStop(void *self)
     {
         const auto &stop = static_cast<SqliteConnection *>(self)->stop_;
@@ -251,16 +287,17 @@ private:
     }
 
     /// Asked while a statement is prepared, once for everything that it would touch.
-    static int Authorize(void *self, int action, const char *first, const char *, const char *,
-                         const char *)
+    static int Authorize(void *self, int action, const char *first, const char *second,
+                         const char *, const char *)
     {
         if (!static_cast<SqliteConnection *>(self)->clientText_)
             return SQLITE_OK;
         switch (action) {
         case SQLITE_SELECT:
-        case SQLITE_FUNCTION:
-        case SQLITE_RECURSIVE:
             return SQLITE_OK;
+        case SQLITE_FUNCTION:
+            return Sql::IsPrintedFunction(second ? second : "", Dialect::Sqlite) ? SQLITE_OK
+                                                                                 : SQLITE_DENY;
         case SQLITE_READ: {
             const std::string_view table = first ? first : "";
             return table.starts_with("SRV_") || table.starts_with("sqlite_") ? SQLITE_DENY
@@ -274,6 +311,7 @@ private:
     std::unique_ptr<sqlite3, CloseSqlite> handle_;
     std::function<bool()> stop_;
     bool clientText_ = false;
+    qint64 memoryLimit_ = 0;
 };
 
 } // namespace
@@ -298,7 +336,7 @@ QByteArray PlainNumber(double value)
 SqliteDatabase::SqliteDatabase(const QString &path)
     : path_(path.toUtf8())
 {
-    DoWithoutStatistics();
+    ConfigureSqlite();
 }
 
 std::unique_ptr<Connection> SqliteDatabase::OpenWriter()

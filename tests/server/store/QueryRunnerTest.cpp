@@ -1,4 +1,5 @@
 #include "store/QueryRunner.h"
+#include "dataset/RowBlock.h"
 #include "sql/SqlError.h"
 #include "support/TestDatabase.h"
 
@@ -125,8 +126,8 @@ private slots:
         AddProducts(data, 101);
         const auto reader = data.Database().OpenReader();
         Store::QueryRunner runner(*reader, {.rows = 100});
-        QVERIFY_THROWS_EXCEPTION(Store::EQueryTooLarge,
-                                 runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT"_s, 0, 0));
+        ExpectTooLarge(runner, u"SELECT PRODUCT_ID FROM BAS_PRODUCT"_s,
+                       u"查询结果过大：超过 100 行，请缩小查询范围。"_s);
         QCOMPARE(
             runner.Run(u"SELECT PRODUCT_ID FROM BAS_PRODUCT WHERE PRODUCT_ID > '500001'"_s, 0, 0)
                 .count,
@@ -139,10 +140,17 @@ private slots:
         TestDatabase data;
         AddProducts(data, 1'000);
         const auto reader = data.Database().OpenReader();
-        Store::QueryRunner runner(*reader, {.bytes = 4'000});
-        QVERIFY_THROWS_EXCEPTION(Store::EQueryTooLarge,
-                                 runner.Run(u"SELECT PRODUCT_NAME FROM BAS_PRODUCT"_s, 0, 0));
-        QCOMPARE(runner.Run(u"SELECT PRODUCT_NAME FROM BAS_PRODUCT"_s, 1, 50).count, 50);
+        const QString sql = u"SELECT PRODUCT_NAME FROM BAS_PRODUCT"_s;
+        const RowSet all = RowSet::Load(Store::QueryRunner(*reader, {}).Run(sql, 0, 0).block);
+        qint64 needed = RowBlockOverhead(all.Fields()) + 4; // an offset more than there are rows
+        for (int row = 0; row < all.RowCount(); ++row)
+            needed += all.Text(row, 0).toUtf8().size() + 4;
+        Store::QueryRunner enough(*reader, {.bytes = needed});
+        QCOMPARE(enough.Run(sql, 0, 0).count, 1'000);
+        Store::QueryRunner runner(*reader, {.bytes = needed - 1});
+        ExpectTooLarge(runner, sql,
+                       u"查询结果过大：超过 %1 字节，请缩小查询范围。"_s.arg(needed - 1));
+        QCOMPARE(runner.Run(sql, 1, 50).count, 50);
     }
 
     void TakesListsOfTenThousandLiterals()
@@ -203,6 +211,18 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(Store::EQueryTooLarge,
                                  runner.Run(u"SELECT * FROM BAS_ORG"_s, 0, 0));
         QCOMPARE(runner.LastTables(), Tables{"BAS_ORG"});
+    }
+
+private:
+    static void ExpectTooLarge(Store::QueryRunner &runner, const QString &sql,
+                               const QString &message)
+    {
+        try {
+            runner.Run(sql, 0, 0);
+            QFAIL("was run");
+        } catch (const Store::EQueryTooLarge &error) {
+            QCOMPARE(error.Message(), message);
+        }
     }
 };
 
