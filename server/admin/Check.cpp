@@ -3,6 +3,7 @@
 #include "admin/CheckPostgres.h"
 #include "admin/FindingList.h"
 #include "admin/Integrity.h"
+#include "admin/NextKeys.h"
 #include "admin/StoredSchema.h"
 #include "store/Migrations.h"
 
@@ -92,21 +93,21 @@ void CheckValues(Store::Connection &connection, const Sql::Table &table, Finding
 
 void CheckSequences(Store::Connection &connection, FindingList &findings)
 {
+    const QMap<QString, qint64> nextKeys = NextKeys(connection);
     for (const Sql::Table &table : Store::SchemaCatalog().Tables()) {
         const QString name = QString::fromStdString(table.name);
-        const auto next =
-            connection.QueryText("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = ?1", {name});
-        if (!next || table.primaryKey.size() != 1)
+        if (!nextKeys.contains(name) || table.primaryKey.size() != 1)
             continue;
+        const qint64 next = nextKeys[name];
         // Keys that are no numbers are another finding.
         const QString key = KeyColumns(name).first();
         const QString sql =
             u"SELECT MAX(CAST(%1 AS BIGINT)) FROM %2"
             " WHERE TRIM(%1, '0123456789') = '' OR TRIM(%1, '0123456789') IS NULL"_s.arg(key, name);
         const qint64 largest = connection.QueryText(sql.toUtf8()).value_or(u"0"_s).toLongLong();
-        if (next->toLongLong() <= largest)
+        if (next <= largest)
             findings.Add("data.sequence", name,
-                         u"下一个主键 %1 不大于最大的主键 %2"_s.arg(*next).arg(largest));
+                         u"下一个主键 %1 不大于最大的主键 %2"_s.arg(next).arg(largest));
     }
 }
 

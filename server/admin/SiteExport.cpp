@@ -2,6 +2,7 @@
 
 #include "admin/Csv.h"
 #include "admin/Integrity.h"
+#include "admin/NextKeys.h"
 #include "store/Migrations.h"
 #include "store/Schema.h"
 
@@ -71,9 +72,7 @@ Manifest ExportSite(Store::Connection &connection, const QString &path, bool wit
     manifest.schema = Store::SchemaVersionOf(connection);
     for (const QString &table : SiteTables(withServerTables))
         manifest.tables.append(ExportTable(connection, table, folder));
-    const auto sequences = connection.Prepare("SELECT NAME, NEXT FROM SRV_SEQUENCE");
-    while (sequences->Step())
-        manifest.sequences[sequences->ColumnText(0)] = sequences->ColumnInt(1);
+    manifest.sequences = NextKeys(connection);
     WriteManifest(folder, manifest);
     return manifest;
 }

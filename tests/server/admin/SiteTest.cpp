@@ -163,6 +163,11 @@ private slots:
                                                .body = {}});
         QCOMPARE(answer.rows.value(0).code, u"1"_s);
         QCOMPARE(answer.rows.value(0).values.value(0).second, u"300003"_s);
+        // And an export of it says so, by whatever the database counts.
+        const auto manifest =
+            Admin::ExportSite(target.Connection(), source.folder.filePath(u"second"_s), false);
+        QCOMPARE(manifest.sequences[u"UNI_UNION"_s], 300004);
+        QCOMPARE(Problems(target.Database()), QStringList());
     }
 
     void Finds_data()
