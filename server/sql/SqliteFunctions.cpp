@@ -3,6 +3,7 @@
 #include "dataset/QelError.h"
 #include "sql/Values.h"
 
+#include <QList>
 #include <QString>
 
 #include <sqlite3.h>
