@@ -27,6 +27,7 @@ struct Request
     QByteArray contentType;
     QByteArray accept;
     QByteArray idempotencyKey;
+    QByteArray position;     ///< of the client's last post, as the server named it
     QByteArray forwardedFor; ///< X-Forwarded-For and Forwarded: every line, joined by commas
     QByteArray forwarded;
     QByteArray body;

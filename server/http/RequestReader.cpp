@@ -52,6 +52,7 @@ void TakeHead(const Message &message, Incoming &into)
     request.contentType = ToBytes(message[http::field::content_type]);
     request.accept = AllOf(message, "Accept");
     request.idempotencyKey = ToBytes(message["Idempotency-Key"]);
+    request.position = ToBytes(message["QEL-Position"]);
     request.forwardedFor = AllOf(message, "X-Forwarded-For");
     request.forwarded = AllOf(message, "Forwarded");
     into.keepAlive = message.keep_alive();

@@ -26,56 +26,6 @@ struct Service::Route
     bool written = true; ///< in the log, if all is well: what is asked each second is not
 };
 
-/// One reading connection with what it keeps prepared.
-struct Service::Reader
-{
-    Reader(std::unique_ptr<Store::Connection> opened, const Store::QueryLimits &limits)
-        : connection(std::move(opened))
-        , queries(*connection, limits)
-    {
-    }
-
-    std::unique_ptr<Store::Connection> connection;
-    Store::QueryRunner queries;
-};
-
-/// A reader for the time of one request.
-class Service::ReaderLease
-{
-public:
-    explicit ReaderLease(Service &service)
-        : service_(service)
-    {
-        const std::lock_guard lock(service_.readersLock_);
-        if (service_.readers_.empty()) {
-            reader_ =
-                std::make_unique<Reader>(service_.database_.OpenReader(), service_.options_.limits);
-            ++service_.metrics_.readersOpen;
-        } else {
-            reader_ = std::move(service_.readers_.back());
-            service_.readers_.pop_back();
-        }
-        ++service_.metrics_.readersBusy;
-    }
-    ~ReaderLease()
-    {
-        --service_.metrics_.readersBusy;
-        if (!reader_->connection->IsAtRest()) {
-            --service_.metrics_.readersOpen;
-            return; // it broke
-        }
-        const std::lock_guard lock(service_.readersLock_);
-        service_.readers_.push_back(std::move(reader_));
-    }
-    Q_DISABLE_COPY_MOVE(ReaderLease)
-
-    Reader *operator->() const { return reader_.get(); }
-
-private:
-    Service &service_;
-    std::unique_ptr<Reader> reader_;
-};
-
 /// Ends the statements of a scope at the request's deadline, at the statement's own, when the
 /// server's time is up, or when nobody waits for the answer any more.
 class Service::StatementLimit
@@ -123,6 +73,11 @@ void CheckKey(const QByteArray &key)
         throw EProblem("http.bad_request", u"Idempotency-Key 应为至多 64 个可见 ASCII 字符。"_s);
 }
 
+/// A credential that a copy of the database does not know may be too new for it.
+struct UnknownToCopy
+{
+};
+
 constexpr int Retry = 2; ///< seconds; until then another server, or this one, answers
 
 LogEntry NewEntry(const Request &request, const QByteArray &address)
@@ -160,6 +115,7 @@ Service::Service(Store::Database &database, const ServiceOptions &options, Metri
     , options_(options)
     , metrics_(metrics)
     , writers_(database)
+    , readers_(database, options.limits)
     , sweeper_(writers_)
     , readiness_([this] { CheckDatabase(); })
 {
@@ -289,6 +245,8 @@ Store::Operator Service::Authenticate(Store::Connection &connection, const Reque
                        static_cast<int>(wait->count()));
     }
     auto user = Store::FindOperator(connection, credential->userCode, credential->token);
+    if (!user && connection.IsCopy())
+        throw UnknownToCopy();
     if (!user) {
         ++metrics_.loginsFailed;
         logins_.Failed(from, request.authorization);
@@ -299,17 +257,43 @@ Store::Operator Service::Authenticate(Store::Connection &connection, const Reque
     return *std::move(user);
 }
 
+/// On a copy of the database if there is one that has what the client has posted. What a copy
+/// cannot do (it breaks, or the primary's changes run over the rows being read) the primary can.
+Response Service::Read(ReadFunction work, const Request &request, LogEntry &log)
+{
+    Store::ReaderPool::Lease reader(readers_);
+    try {
+        const StatementLimit limit(*this, *reader->connection, request);
+        if (reader.Shows(request.position))
+            return (this->*work)(*reader, request, log);
+    } catch (const UnknownToCopy &) {
+        log.user.clear();
+    } catch (const Store::EStoreError &error) {
+        using Kind = Store::EStoreError::Kind;
+        const bool isTrouble =
+            error.WhichKind() == Kind::Conflict || error.WhichKind() == Kind::Lost;
+        if (!database_.HasCopies() || !isTrouble)
+            throw;
+    }
+    reader.MoveToPrimary();
+    const StatementLimit limit(*this, *reader->connection, request);
+    return (this->*work)(*reader, request, log);
+}
+
 Response Service::Query(const Request &request, LogEntry &log)
 {
-    const ReaderLease reader(*this);
-    const StatementLimit limit(*this, *reader->connection, request);
-    const Store::Operator user = Authenticate(*reader->connection, request, log);
+    return Read(&Service::QueryOn, request, log);
+}
+
+Response Service::QueryOn(Store::Reader &reader, const Request &request, LogEntry &log)
+{
+    const Store::Operator user = Authenticate(*reader.connection, request, log);
     const auto query = Wire::DecodeQueryRequest(request.body, RequestFormat(request));
     log.hash = Store::StatementHash(query.sql);
-    const auto logTables = qScopeGuard([&] { log.tables = Joined(reader->queries.LastTables()); });
+    const auto logTables = qScopeGuard([&] { log.tables = Joined(reader.queries.LastTables()); });
     auto logStatement =
         qScopeGuard([&] { log.statement = Sql::WithoutLiterals(query.sql.toUtf8()); });
-    const auto result = reader->queries.Run(query.sql, query.page, query.pageSize, user.unions);
+    const auto result = reader.queries.Run(query.sql, query.page, query.pageSize, user.unions);
     Response response =
         Encoded(Wire::QueryAnswer{result.total, RowSet::Load(result.block)}, AnswerFormat(request));
     log.rows = result.count;
@@ -334,14 +318,33 @@ Response Service::Post(const Request &request, LogEntry &log)
     log.rows = answer.rows.size();
     log.code = answer.rows.isEmpty() ? QByteArray() : answer.rows.first().code.toLatin1();
     metrics_.CountPost(log.code);
-    return Encoded(answer, AnswerFormat(request));
+    Response response = Encoded(answer, AnswerFormat(request));
+    if (database_.HasCopies())
+        response.headers.append({"QEL-Position", PositionAfterPost(deadline)});
+    return response;
+}
+
+/// The post is stored already: if its position cannot be had, the client asks for the latest state.
+QByteArray Service::PositionAfterPost(Clock::time_point deadline)
+{
+    try {
+        QByteArray position;
+        writers_.Run(deadline,
+                     [&](Store::Connection &connection) { position = connection.Position(); });
+        return position;
+    } catch (const Store::EStoreError &) {
+        return Store::ReaderPool::Lease::Latest;
+    }
 }
 
 Response Service::Session(const Request &request, LogEntry &log)
 {
-    const ReaderLease reader(*this);
-    const StatementLimit limit(*this, *reader->connection, request);
-    const Store::Operator user = Authenticate(*reader->connection, request, log);
+    return Read(&Service::SessionOn, request, log);
+}
+
+Response Service::SessionOn(Store::Reader &reader, const Request &request, LogEntry &log)
+{
+    const Store::Operator user = Authenticate(*reader.connection, request, log);
     return Encoded(Wire::SessionAnswer{user.userId, user.userCode, user.userName, user.orgId,
                                        user.orgAbbr, user.orgName, options_.serverName},
                    AnswerFormat(request));
@@ -371,6 +374,8 @@ Response Service::Ready(const Request &, LogEntry &log)
 Response Service::Figures(const Request &, LogEntry &)
 {
     metrics_.postsRepeated = writers_.Repeats();
+    metrics_.readersOpen = readers_.Open();
+    metrics_.readersBusy = readers_.Busy();
     return {200, Metrics::ContentType, metrics_.Text()};
 }
 

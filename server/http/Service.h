@@ -8,13 +8,12 @@
 #include "managers/KeptAnswers.h"
 #include "store/Credentials.h"
 #include "store/Database.h"
-#include "store/QueryRunner.h"
+#include "store/ReaderPool.h"
 #include "store/WriterPool.h"
 
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace Qel::Http {
@@ -47,12 +46,17 @@ public:
 
 private:
     struct Route;
-    struct Reader;
-    class ReaderLease;
     class StatementLimit;
 
     static const std::vector<Route> &Routes();
     const Route *FindRoute(const Request &request) const;
+
+    using ReadFunction = Response (Service::*)(Store::Reader &, const Request &, LogEntry &);
+
+    Response Read(ReadFunction work, const Request &request, LogEntry &log);
+    Response QueryOn(Store::Reader &reader, const Request &request, LogEntry &log);
+    Response SessionOn(Store::Reader &reader, const Request &request, LogEntry &log);
+    QByteArray PositionAfterPost(Clock::time_point deadline);
 
     Response Query(const Request &request, LogEntry &log);
     Response Post(const Request &request, LogEntry &log);
@@ -74,9 +78,8 @@ private:
     std::atomic<Clock::time_point> stopBy_ = Clock::time_point::max(); ///< for what still runs
     Store::WriterPool writers_;
     Managers::AnswerSweeper sweeper_;
-    std::mutex readersLock_;
-    std::vector<std::unique_ptr<Reader>> readers_; ///< those at rest; the last used on top
-    std::unique_ptr<Store::Connection> probe_;     ///< on the thread of readiness_ only
+    Store::ReaderPool readers_;
+    std::unique_ptr<Store::Connection> probe_; ///< on the thread of readiness_ only
     Readiness readiness_;
 };
 

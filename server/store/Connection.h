@@ -108,6 +108,13 @@ public:
     /// Connected, and in no transaction: fit for somebody else's work.
     virtual bool IsAtRest() const = 0;
 
+    /// A name of the state of the last commit, for Shows; empty if the database has no copies.
+    virtual QByteArray Position() { return {}; }
+    /// Whether what is read from now on has all that `position` names; a copy of the database
+    /// follows at a distance.
+    virtual bool Shows(const QByteArray &) { return true; }
+    virtual bool IsCopy() const { return false; }
+
     /// Asked now and then while a statement runs; true ends it with Kind::Stopped. Empty: never.
     virtual void StopWhen(std::function<bool()> condition) = 0;
 

@@ -18,8 +18,13 @@ public:
     virtual std::unique_ptr<Connection> OpenWriter() = 0;
     /// How many of those have work to do at the same time; more would only wait for each other.
     virtual int Writers() const = 0;
-    /// Can read and nothing else, whatever text it is given; sees the state of the last commit.
+    /// Can read and nothing else, whatever text it is given. It may be one of a copy of the
+    /// database that follows at a short distance: see Connection::Shows.
     virtual std::unique_ptr<Connection> OpenReader() = 0;
+    /// The same, and sees the state of the last commit.
+    virtual std::unique_ptr<Connection> OpenPrimaryReader() { return OpenReader(); }
+    /// Whether OpenReader may give a copy at all.
+    virtual bool HasCopies() const { return false; }
 
     /// `url`: "sqlite:PATH", whose file is made if it is not there, or "postgresql://..." with
     /// all that libpq reads in it. Nothing is connected yet. Throws EStoreError, which does not

@@ -87,16 +87,30 @@ std::size_t ParameterCount(QByteArrayView sql)
                       u"文本含有 NUL 字符"_s);
 }
 
+enum class Access { Write, Read };
+
+/// "1/B374D848"
+bool IsLogPosition(QByteArrayView text)
+{
+    constexpr qsizetype most = 8;
+    const qsizetype slash = text.indexOf('/');
+    const auto isNumber = [](QByteArrayView digits) {
+        return !digits.isEmpty() && digits.size() <= most &&
+               std::all_of(digits.begin(), digits.end(),
+                           [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); });
+    };
+    return slash > 0 && isNumber(text.first(slash)) && isNumber(text.sliced(slash + 1));
+}
+
 class PostgresStatement;
 
 class PostgresConnection : public Connection
 {
 public:
-    enum class Access { Write, Read };
-
-    PostgresConnection(const QByteArray &url, Access access)
+    PostgresConnection(const PostgresAddress &address, PostgresCopy copy, Access access)
         : access_(access)
-        , session_(url, SetUp(access))
+        , hasCopies_(address.NamesSeveralHosts())
+        , session_(address, copy, SetUp(access))
     {
         Open();
     }
@@ -130,6 +144,23 @@ public:
 
     bool IsAtRest() const override { return !inTransaction_ && !session_.IsBroken(); }
 
+    QByteArray Position() override
+    {
+        if (!hasCopies_)
+            return {};
+        // A commit has been flushed when it is acknowledged.
+        return QueryText("SELECT pg_current_wal_flush_lsn()::text").value_or(QString()).toLatin1();
+    }
+
+    bool Shows(const QByteArray &position) override
+    {
+        return !IsCopy() || (IsLogPosition(position) &&
+                             Exists("SELECT 1 WHERE pg_last_wal_replay_lsn() >= ?1::pg_lsn",
+                                    {QString::fromLatin1(position)}));
+    }
+
+    bool IsCopy() const override { return hasCopies_ && session_.IsStandby(); }
+
     void StopWhen(std::function<bool()> condition) override
     {
         session_.StopWhen(std::move(condition));
@@ -159,7 +190,7 @@ public:
         if (session_.IsInFailedTransaction())
             throw EStoreError(EStoreError::Kind::Failure, u"事务中已有语句失败，不能提交。"_s);
         inTransaction_ = false;
-        session_.Command("COMMIT", false);
+        session_.Commit();
     }
 
     void Rollback() noexcept override
@@ -209,6 +240,7 @@ private:
     void DropUnneeded();
 
     Access access_;
+    bool hasCopies_;
     PostgresSession session_;
     bool inTransaction_ = false;
     PostgresStatement *reading_ = nullptr; ///< its rows are still arriving
@@ -491,20 +523,13 @@ void PostgresConnection::Start(PostgresStatement &statement, const Prepared &pre
 } // namespace
 
 PostgresDatabase::PostgresDatabase(const QString &url)
-    : url_(url.toUtf8())
+    : address_(url.toUtf8())
 {
-    char *reason = nullptr;
-    const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> parsed(
-        PQconninfoParse(url_.constData(), &reason), &PQconninfoFree);
-    PQfreemem(reason); // it repeats parts of the address, which may hold a password
-    if (!parsed)
-        throw EStoreError(EStoreError::Kind::Failure,
-                          u"无法理解 postgresql:// 之后的数据库地址。"_s);
 }
 
 std::unique_ptr<Connection> PostgresDatabase::OpenWriter()
 {
-    return std::make_unique<PostgresConnection>(url_, PostgresConnection::Access::Write);
+    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Primary, Access::Write);
 }
 
 int PostgresDatabase::Writers() const
@@ -515,7 +540,12 @@ int PostgresDatabase::Writers() const
 
 std::unique_ptr<Connection> PostgresDatabase::OpenReader()
 {
-    return std::make_unique<PostgresConnection>(url_, PostgresConnection::Access::Read);
+    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Any, Access::Read);
+}
+
+std::unique_ptr<Connection> PostgresDatabase::OpenPrimaryReader()
+{
+    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Primary, Access::Read);
 }
 
 QByteArray NumberedParameters(QByteArrayView sql)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/Database.h"
+#include "store/PostgresAddress.h"
 
 #include <QByteArray>
 
@@ -9,9 +10,11 @@ namespace Qel::Store {
 /// The role that queries of clients run as: it may SELECT what clients may read, and nothing else.
 inline constexpr char PostgresReaderRole[] = "qel_reader";
 
-/// A PostgreSQL database. Whoever the address names owns the tables and writes; reading sessions
-/// put on PostgresReaderRole right after they have been opened. Sessions that the server ended
-/// (it was restarted) are opened anew, as Connection says.
+/// A PostgreSQL database. If its address names several hosts, writing sessions are opened with the
+/// primary among them and reading ones with a standby, whichever answers. Whoever the address names
+/// owns the tables and writes; reading sessions put on PostgresReaderRole right after they have
+/// been opened. Sessions that the server ended (it was restarted) are opened anew, as Connection
+/// says.
 class PostgresDatabase : public Database
 {
 public:
@@ -21,9 +24,11 @@ public:
     std::unique_ptr<Connection> OpenWriter() override;
     int Writers() const override;
     std::unique_ptr<Connection> OpenReader() override;
+    std::unique_ptr<Connection> OpenPrimaryReader() override;
+    bool HasCopies() const override { return address_.NamesSeveralHosts(); }
 
 private:
-    QByteArray url_;
+    PostgresAddress address_;
 };
 
 /// "?1" as PostgreSQL writes it, "$1", outside of quoted text.

@@ -23,7 +23,6 @@ constexpr int LookMilliseconds = 50; ///< between two looks at StopWhen while no
 constexpr int ResultsPerLook = 256;  ///< and while rows arrive
 constexpr auto CancelPatience = std::chrono::seconds(5);
 constexpr int RestWorthReading = 1'000; ///< rows; fewer than a request to cancel costs
-constexpr char ConnectSeconds[] = "10";
 /// What the functions of the query language raise (schema/postgresql.sql).
 constexpr std::string_view RefusedValue = "QE001";
 
@@ -34,7 +33,7 @@ struct StateKind
 };
 
 // The first that fits.
-constexpr std::array<StateKind, 15> stateKinds = {{
+constexpr std::array<StateKind, 16> stateKinds = {{
     {"57014", Kind::Stopped},
     {"40001", Kind::Conflict}, // serialization_failure
     {"40P01", Kind::Conflict}, // deadlock_detected
@@ -49,6 +48,7 @@ constexpr std::array<StateKind, 15> stateKinds = {{
     {"57P02", Kind::Lost}, // crashed
     {"57P03", Kind::Lost}, // starting up
     {"57P05", Kind::Lost}, // idle for too long
+    {"25006", Kind::Lost}, // a primary that has become a standby: another one takes writes now
     {"53300", Kind::Lost}, // too many connections
 }};
 
@@ -96,8 +96,10 @@ void PostgresSession::Finish::operator()(pg_conn *connection) const
     PQfinish(connection);
 }
 
-PostgresSession::PostgresSession(QByteArray url, QByteArray setUp)
-    : url_(std::move(url))
+PostgresSession::PostgresSession(const PostgresAddress &address, PostgresCopy copy,
+                                 QByteArray setUp)
+    : address_(address)
+    , copy_(copy)
     , setUp_(std::move(setUp))
 {
 }
@@ -108,13 +110,16 @@ void PostgresSession::Open()
 {
     Close();
     ++generation_;
-    // The address comes after what it may say otherwise.
-    const std::array<const char *, 6> names = {"connect_timeout", "fallback_application_name",
-                                               "dbname",          "client_encoding",
-                                               "options",         nullptr};
-    const std::array<const char *, 6> values = {ConnectSeconds, "qel-server", url_.constData(),
-                                                "UTF8",         nullptr,      nullptr};
-    connection_.reset(PQconnectdbParams(names.data(), values.data(), 1));
+    const auto parameters = address_.Parameters(copy_);
+    std::vector<const char *> names;
+    std::vector<const char *> values;
+    for (const auto &[name, value] : parameters) {
+        names.push_back(name.constData());
+        values.push_back(value.constData());
+    }
+    names.push_back(nullptr);
+    values.push_back(nullptr);
+    connection_.reset(PQconnectdbParams(names.data(), values.data(), 0));
     if (!connection_ || PQstatus(connection_.get()) != CONNECTION_OK) {
         const QString reason =
             connection_ ? TextOf(PQerrorMessage(connection_.get())) : u"out of memory"_s;
@@ -154,9 +159,25 @@ bool PostgresSession::IsInFailedTransaction() const
     return connection_ && PQtransactionStatus(connection_.get()) == PQTRANS_INERROR;
 }
 
+bool PostgresSession::IsStandby() const
+{
+    const char *said =
+        connection_ ? PQparameterStatus(connection_.get(), "in_hot_standby") : nullptr;
+    return said && QByteArrayView(said) == "on";
+}
+
 void PostgresSession::Command(const QByteArray &sql, bool stoppable)
 {
-    stoppable_ = stoppable;
+    onStop_ = stoppable ? OnStop::Cancel : OnStop::Nothing;
+    Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
+    while (Next(sql)) {
+    }
+}
+
+void PostgresSession::Commit()
+{
+    onStop_ = OnStop::GiveUp;
+    const QByteArray sql = "COMMIT";
     Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
     while (Next(sql)) {
     }
@@ -164,7 +185,7 @@ void PostgresSession::Command(const QByteArray &sql, bool stoppable)
 
 void PostgresSession::Prepare(const QByteArray &name, const QByteArray &sql)
 {
-    stoppable_ = true;
+    onStop_ = OnStop::Cancel;
     Sent(connection_
              ? PQsendPrepare(connection_.get(), name.constData(), sql.constData(), 0, nullptr)
              : 0);
@@ -190,7 +211,7 @@ void PostgresSession::Start(const QByteArray &name,
     values.reserve(parameters.size());
     for (const PostgresParameter &parameter : parameters)
         values.push_back(parameter ? parameter->constData() : nullptr);
-    stoppable_ = true;
+    onStop_ = OnStop::Cancel;
     Sent(connection_ ? PQsendQueryPrepared(connection_.get(), name.constData(),
                                            static_cast<int>(values.size()), values.data(), nullptr,
                                            nullptr, 0)
@@ -264,7 +285,7 @@ PostgresResult PostgresSession::Wait()
         FailLost({});
     if (++resultsSinceLook_ >= ResultsPerLook) {
         resultsSinceLook_ = 0;
-        if (stoppable_ && stop_ && !cancelled_ && stop_())
+        if (onStop_ == OnStop::Cancel && stop_ && !cancelled_ && stop_())
             Cancel();
     }
     while (PQisBusy(connection_.get()) && WaitForInput()) {
@@ -289,15 +310,18 @@ PostgresResult PostgresSession::Wait()
 /// Whether it is worth going on: not when the session is broken.
 bool PostgresSession::WaitForInput()
 {
-    const bool asks = stoppable_ && stop_;
+    const bool asks = onStop_ != OnStop::Nothing && stop_;
     pollfd socket{PQsocket(connection_.get()), POLLIN, 0};
     const int ready = poll(&socket, 1, asks || cancelled_ ? LookMilliseconds : -1);
     if (ready < 0 && errno != EINTR)
         return false;
     if (ready > 0)
         return PQconsumeInput(connection_.get()) != 0;
-    if (asks && !cancelled_ && stop_())
+    if (asks && !cancelled_ && stop_()) {
+        if (onStop_ == OnStop::GiveUp)
+            FailLost("COMMIT");
         Cancel();
+    }
     if (cancelled_ && Clock::now() - *cancelled_ > CancelPatience) {
         cancelled_.reset();
         Close();

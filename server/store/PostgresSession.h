@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/Connection.h"
+#include "store/PostgresAddress.h"
 
 #include <QByteArray>
 
@@ -30,8 +31,8 @@ using PostgresParameter = std::optional<QByteArray>;
 class PostgresSession
 {
 public:
-    /// `url` as libpq reads it; `setUp` is run on every new session.
-    PostgresSession(QByteArray url, QByteArray setUp);
+    /// `setUp` is run on every new session.
+    PostgresSession(const PostgresAddress &address, PostgresCopy copy, QByteArray setUp);
     ~PostgresSession();
     Q_DISABLE_COPY_MOVE(PostgresSession)
 
@@ -42,11 +43,15 @@ public:
     bool IsBroken() const;
     int Generation() const { return generation_; } ///< grows with every Open
     bool IsInFailedTransaction() const;
+    bool IsStandby() const; ///< as the server last said
 
     void StopWhen(std::function<bool()> condition) { stop_ = std::move(condition); }
 
     /// One or several statements without parameters, to the end. `stoppable`: StopWhen counts.
     void Command(const QByteArray &sql, bool stoppable);
+    /// When StopWhen says so, the session is given up: a COMMIT that waits for a copy of the
+    /// database would take effect here alone if it were told to stop.
+    void Commit();
     void Prepare(const QByteArray &name, const QByteArray &sql);
     /// The description of a prepared statement's columns.
     PostgresResult Describe(const QByteArray &name, const QByteArray &sql);
@@ -77,12 +82,14 @@ private:
     [[noreturn]] void FailLost(QByteArrayView sql);
     void Close();
 
-    QByteArray url_;
+    PostgresAddress address_;
+    PostgresCopy copy_;
     QByteArray setUp_;
     std::unique_ptr<pg_conn, Finish> connection_;
     int generation_ = 0;
     std::function<bool()> stop_;
-    bool stoppable_ = true;
+    enum class OnStop { Cancel, GiveUp, Nothing };
+    OnStop onStop_ = OnStop::Cancel;
     int resultsSinceLook_ = 0;
     std::optional<std::chrono::steady_clock::time_point> cancelled_; ///< the running statement
     bool cancelArrived_ = false;
