@@ -115,8 +115,8 @@ Service::Service(Store::Database &database, const ServiceOptions &options, Metri
     , options_(options)
     , metrics_(metrics)
     , writers_(database)
-    , readers_(database, options.limits)
     , sweeper_(writers_)
+    , readers_(database, options.limits)
     , readiness_([this] { CheckDatabase(); })
 {
     metrics_.writersMost = writers_.Size();

@@ -82,6 +82,8 @@ QByteArray ToBytes(const HttpCall &call)
         bytes += "Authorization: Basic " + call.credential.toBase64() + "\r\n";
     if (!call.key.isEmpty())
         bytes += "Idempotency-Key: " + call.key + "\r\n";
+    if (!call.position.isEmpty())
+        bytes += "QEL-Position: " + call.position + "\r\n";
     return bytes + "\r\n" + call.body;
 }
 

@@ -44,6 +44,7 @@ struct HttpCall
     QByteArray credential = "admin:0123456789abcdef-admin"; ///< empty: no header
     QByteArray key = {};                                    ///< Idempotency-Key
     QByteArray accept = {};                                 ///< empty: as the body's format
+    QByteArray position = {};                               ///< QEL-Position
 };
 
 /// The bytes of the request.

@@ -53,13 +53,14 @@ void AddGroups(Store::Connection &connection)
                    " VALUES ('300002', '200007', '400001')");
 }
 
-/// With the schema, and in it what `content` says.
-void Fill(Store::Connection &connection, TestDatabase::Content content)
+} // namespace
+
+void TestDatabase::Fill(Store::Connection &connection, Content content)
 {
     if (content == TestDatabase::Content::Nothing)
         return;
     Store::CreateSchema(connection);
-    if (content == TestDatabase::Content::Tables)
+    if (content == Content::Tables)
         return;
     Store::Transaction transaction(connection);
     AddUsers(connection);
@@ -67,8 +68,6 @@ void Fill(Store::Connection &connection, TestDatabase::Content content)
     AddGroups(connection);
     transaction.Commit();
 }
-
-} // namespace
 
 TestDatabase::TestDatabase(Content content)
 {

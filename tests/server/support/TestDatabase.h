@@ -41,6 +41,8 @@ public:
     int Number(const QByteArray &sql) { return Text(sql).toInt(); }
 
     static Store::Operator Admin();
+    /// Makes the schema in an empty database, and in it what `content` says.
+    static void Fill(Store::Connection &connection, Content content);
     static constexpr char AdminToken[] = "0123456789abcdef-admin";
 
 private:
