@@ -23,6 +23,7 @@ public:
 
     void Stop(int copy); ///< as a power cut would
     void Start(int copy);
+    bool IsRunning(int copy) const { return running_[copy]; }
     void Promote(int copy);
     /// From now on `copy` follows `primary`, which both of the others may be.
     void Follow(int copy, int primary);
