@@ -23,6 +23,9 @@ WHERE provolatile = 'v' AND prokind IN ('f', 'p')
     -- not those that only superusers may call anyway: the owner shall not get them
     AND has_function_privilege('public', p.oid, 'EXECUTE') \gexec
 
+-- How far a copy of the database has come, which a reading session asks before it reads.
+GRANT EXECUTE ON FUNCTION pg_last_wal_replay_lsn() TO qel_reader;
+
 -- Nothing is stored beside the tables, and no query fills the disk.
 SELECT format('REVOKE TEMPORARY ON DATABASE %I FROM PUBLIC', current_database()) \gexec
 SELECT format('ALTER DATABASE %I SET temp_file_limit = ''8GB''', current_database()) \gexec

@@ -140,9 +140,8 @@ private slots:
             const auto statement = reader_->PrepareQuery(sql);
             while (statement->Step()) {
             }
-        } catch (const Store::EStoreError &error) {
+        } catch (const Store::EStoreError &) {
             refused = true;
-            QVERIFY(error.WhichKind() != Store::EStoreError::Kind::Lost);
         }
         QVERIFY(refused);
     }
@@ -175,6 +174,8 @@ private slots:
         QCOMPARE(Read("SELECT QEL_UPPER('a')"), u"A"_s);
         QCOMPARE(Read("SELECT COALESCE(NULLIF(TRIM(' a '),''),'b')"), u"a"_s);
         QCOMPARE(Read("SELECT COUNT(*) FROM BAS_ORG WHERE ORG_ID LIKE '2%'"), u"8"_s);
+        if (TestsRunOnPostgres()) // asked on copies of the database; this is none
+            QCOMPARE(Read("SELECT COUNT(pg_last_wal_replay_lsn())"), u"0"_s);
     }
 
 private:
