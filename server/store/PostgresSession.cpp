@@ -33,7 +33,7 @@ struct StateKind
 };
 
 // The first that fits.
-constexpr std::array<StateKind, 16> stateKinds = {{
+constexpr std::array<StateKind, 15> stateKinds = {{
     {"57014", Kind::Stopped},
     {"40001", Kind::Conflict}, // serialization_failure
     {"40P01", Kind::Conflict}, // deadlock_detected
@@ -48,7 +48,6 @@ constexpr std::array<StateKind, 16> stateKinds = {{
     {"57P02", Kind::Lost}, // crashed
     {"57P03", Kind::Lost}, // starting up
     {"57P05", Kind::Lost}, // idle for too long
-    {"25006", Kind::Lost}, // a primary that has become a standby: another one takes writes now
     {"53300", Kind::Lost}, // too many connections
 }};
 
@@ -159,11 +158,20 @@ bool PostgresSession::IsInFailedTransaction() const
     return connection_ && PQtransactionStatus(connection_.get()) == PQTRANS_INERROR;
 }
 
+bool PostgresSession::Says(const char *parameter) const
+{
+    const char *said = connection_ ? PQparameterStatus(connection_.get(), parameter) : nullptr;
+    return said && QByteArrayView(said) == "on";
+}
+
 bool PostgresSession::IsStandby() const
 {
-    const char *said =
-        connection_ ? PQparameterStatus(connection_.get(), "in_hot_standby") : nullptr;
-    return said && QByteArrayView(said) == "on";
+    return Says("in_hot_standby");
+}
+
+bool PostgresSession::IsReadOnly() const
+{
+    return Says("default_transaction_read_only");
 }
 
 void PostgresSession::Command(const QByteArray &sql, bool stoppable)
@@ -362,6 +370,9 @@ void PostgresSession::Fail(PostgresResult result, QByteArrayView sql)
     const QByteArray state = field(PG_DIAG_SQLSTATE);
     const QString message = QString::fromUtf8(field(PG_DIAG_MESSAGE_PRIMARY));
     Kind kind = KindOf({state.constData(), static_cast<std::size_t>(state.size())});
+    // A primary that has become a standby: another one takes writes now. What only reads was told so.
+    if (state == "25006" && !IsReadOnly())
+        kind = Kind::Lost;
     if (!IsBroken()) {
         while (Wait()) {
         }

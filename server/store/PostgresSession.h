@@ -76,6 +76,8 @@ private:
 
     PostgresResult Wait();
     bool WaitForInput();
+    bool Says(const char *parameter) const; ///< that it is on
+    bool IsReadOnly() const;                ///< by the set-up of the session
     void Cancel();
     void Sent(int result);
     [[noreturn]] void Fail(PostgresResult result, QByteArrayView sql);
