@@ -26,6 +26,8 @@ namespace Qel {
 
 namespace {
 
+constexpr int StatementGrace = 5; ///< seconds that the database gives the server to end a statement
+
 /// Makes the tables of an empty database and fills them if the sample data is wanted; older tables
 /// are brought up to date for that alone, as a site's own wait for their administrator. A database
 /// whose filling was cut short has tables and no users: it is filled again. What the database
@@ -135,6 +137,7 @@ int Run(const Options &options)
                             ? u"sqlite:"_s + scratch.filePath(u"qel.sqlite"_s)
                             : options.database;
     const auto database = Store::Database::Open(url);
+    database->LimitReading(std::chrono::seconds(options.statementSeconds + StatementGrace));
     Prepare(*database, options);
     if (!options.setTokenOf.isEmpty()) {
         SetToken(*database, options.setTokenOf, FirstInputLine());

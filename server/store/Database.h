@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 namespace Qel::Store {
@@ -23,6 +24,9 @@ public:
     virtual std::unique_ptr<Connection> OpenReader() = 0;
     /// The same, and sees the state of the last commit.
     virtual std::unique_ptr<Connection> OpenPrimaryReader() { return OpenReader(); }
+    /// The database itself ends statements of readers that are opened from now on after this time,
+    /// if it can: for when whoever asked has no way left to say so.
+    virtual void LimitReading(std::chrono::milliseconds) {}
     /// Whether OpenReader may give a copy at all.
     virtual bool HasCopies() const { return false; }
 

@@ -107,10 +107,11 @@ class PostgresStatement;
 class PostgresConnection : public Connection
 {
 public:
-    PostgresConnection(const PostgresAddress &address, PostgresCopy copy, Access access)
+    PostgresConnection(const PostgresAddress &address, PostgresCopy copy, Access access,
+                       std::chrono::milliseconds time = {})
         : access_(access)
         , hasCopies_(address.NamesSeveralHosts())
-        , session_(address, copy, SetUp(access))
+        , session_(address, copy, SetUp(access, time))
     {
         Open();
     }
@@ -221,12 +222,14 @@ public:
     bool MayCancel() const { return access_ == Access::Read || !inTransaction_; }
 
 private:
-    static QByteArray SetUp(Access access)
+    /// A COMMIT has no such limit: ended while it waits for a copy of the database, it is one.
+    static QByteArray SetUp(Access access, std::chrono::milliseconds time)
     {
         QByteArray setUp = CommonSetUp;
         if (access == Access::Read)
-            setUp += QByteArray("; SET default_transaction_read_only = on; SET ROLE ") +
-                     PostgresReaderRole;
+            setUp += "; SET statement_timeout = " +
+                     QByteArray::number(static_cast<qint64>(time.count())) +
+                     "; SET default_transaction_read_only = on; SET ROLE " + PostgresReaderRole;
         return setUp;
     }
 
@@ -540,12 +543,14 @@ int PostgresDatabase::Writers() const
 
 std::unique_ptr<Connection> PostgresDatabase::OpenReader()
 {
-    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Any, Access::Read);
+    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Any, Access::Read,
+                                                readingTime_);
 }
 
 std::unique_ptr<Connection> PostgresDatabase::OpenPrimaryReader()
 {
-    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Primary, Access::Read);
+    return std::make_unique<PostgresConnection>(address_, PostgresCopy::Primary, Access::Read,
+                                                readingTime_);
 }
 
 QByteArray NumberedParameters(QByteArrayView sql)

@@ -25,10 +25,12 @@ public:
     int Writers() const override;
     std::unique_ptr<Connection> OpenReader() override;
     std::unique_ptr<Connection> OpenPrimaryReader() override;
+    void LimitReading(std::chrono::milliseconds time) override { readingTime_ = time; }
     bool HasCopies() const override { return address_.NamesSeveralHosts(); }
 
 private:
     PostgresAddress address_;
+    std::chrono::milliseconds readingTime_{0}; ///< 0: no limit
 };
 
 /// "?1" as PostgreSQL writes it, "$1", outside of quoted text.

@@ -370,7 +370,8 @@ void PostgresSession::Fail(PostgresResult result, QByteArrayView sql)
     const QByteArray state = field(PG_DIAG_SQLSTATE);
     const QString message = QString::fromUtf8(field(PG_DIAG_MESSAGE_PRIMARY));
     Kind kind = KindOf({state.constData(), static_cast<std::size_t>(state.size())});
-    // A primary that has become a standby: another one takes writes now. What only reads was told so.
+    // A primary that has become a standby: another one takes writes now. What only reads was told
+    // so.
     if (state == "25006" && !IsReadOnly())
         kind = Kind::Lost;
     if (!IsBroken()) {

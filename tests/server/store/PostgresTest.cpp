@@ -171,6 +171,19 @@ private slots:
         QVERIFY(other->IsAtRest());
     }
 
+    void DatabaseItselfEndsWhatAReaderAsksTooLong()
+    {
+        TestDatabase data;
+        data.Database().LimitReading(std::chrono::milliseconds(100));
+        const auto reader = data.Database().OpenReader(); // nobody says when to stop
+        QCOMPARE(
+            KindOf([&] {
+                reader->PrepareQuery("SELECT COUNT(*) FROM generate_series(1, 1000000000)")->Step();
+            }),
+            EStoreError::Kind::Stopped);
+        QVERIFY(reader->Exists("SELECT 1"));
+    }
+
     void SlowerOfTwoThatWroteWhatTheyReadIsAConflict()
     {
         TestDatabase data;
