@@ -20,6 +20,7 @@ struct CheckFinding
 ///   schema.table schema.column schema.type schema.index schema.function    missing, or different
 ///   server.encoding server.collation server.setting                        PostgreSQL's
 ///   role.missing role.reads role.writes    the role of queries: not there, may not, or may too
+///   role.functions                         it may call what does more than give a result
 ///   much file.damaged     SQLite's own check of the file data.null data.empty data.sequence     a
 ///   row, or a counter, that breaks what is written data.key data.reference data.live      see
 ///   Integrity.h

@@ -101,6 +101,24 @@ void CheckRole(Store::Connection &connection, FindingList &findings)
     }
 }
 
+/// What has an effect beside its result is not for queries; a superuser takes it from them.
+void CheckRoleFunctions(Store::Connection &connection, FindingList &findings)
+{
+    const QString role = QString::fromLatin1(Store::PostgresReaderRole);
+    const auto found = connection.QueryRow(
+        "SELECT COUNT(*), MIN(proname) FROM pg_proc JOIN pg_roles ON rolname = ?1"
+        " WHERE provolatile = 'v' AND prokind IN ('f', 'p')"
+        " AND prorettype NOT IN ('trigger'::regtype, 'event_trigger'::regtype)"
+        " AND proname <> 'pg_last_wal_replay_lsn'"
+        " AND has_function_privilege(pg_roles.oid, pg_proc.oid, 'EXECUTE')",
+        {role});
+    if (found && found->first() != "0"_L1)
+        findings.Add(
+            "role.functions", role,
+            u"查询能调用 %1 个有副作用的函数，例如 %2；请以超级用户执行 qel-reader.sql"_s.arg(
+                found->first(), found->last()));
+}
+
 } // namespace
 
 void CheckPostgres(Store::Connection &connection, FindingList &findings)
@@ -108,6 +126,7 @@ void CheckPostgres(Store::Connection &connection, FindingList &findings)
     CheckSettings(connection, findings);
     CheckFunctions(connection, findings);
     CheckRole(connection, findings);
+    CheckRoleFunctions(connection, findings);
 }
 
 } // namespace Qel::Admin

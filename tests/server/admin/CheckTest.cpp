@@ -122,6 +122,10 @@ private slots:
             {u"role.reads SRV_TOKEN 角色 qel_reader 能读取这个表"_s});
         row("a table that queries may write", "GRANT UPDATE (REMARK) ON USR_USER TO qel_reader",
             {u"role.writes USR_USER 角色 qel_reader 能修改这个表"_s});
+        row("a function with an effect that queries may call",
+            "CREATE FUNCTION EMPTY_ALL() RETURNS integer LANGUAGE sql VOLATILE AS 'SELECT 1'",
+            {u"role.functions qel_reader 查询能调用 1 个有副作用的函数，例如 empty_all；"
+             "请以超级用户执行 qel-reader.sql"_s});
     }
     void Finds()
     {
