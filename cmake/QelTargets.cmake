@@ -24,6 +24,11 @@ target_compile_definitions(qel_options INTERFACE
 # Qt gives each test the paths of its folders, which nobody asks for and which would make a
 # precompiled header good for one folder only. Optimising a test takes longer than running it.
 set(QEL_TEST_OPTIONS -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR $<$<CONFIG:Debug>:-O0>)
+# Undefined behaviour is looked for in the product: in the many comparisons of the tests that takes
+# a fifth of the compiler's time.
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,]*undefined")
+    list(APPEND QEL_TEST_OPTIONS -fno-sanitize=undefined)
+endif()
 
 # A quicker linker for the hundred programs that nobody installs.
 find_program(QEL_ld_lld ld.lld)
