@@ -21,6 +21,10 @@ target_compile_definitions(qel_options INTERFACE
     QT_NO_FOREACH QT_NO_JAVA_STYLE_ITERATORS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
+# Qt gives each test the paths of its folders, which nobody asks for and which would make a
+# precompiled header good for one folder only.
+set(QEL_TEST_OPTIONS -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
+
 # qel_library(NAME SOURCES ... LIBS ...): one layer as a static library. Headers are included
 # from the layer's parent folder ("dataset/RowSet.h", "sql/Parser.h").
 function(qel_library name)
@@ -32,12 +36,26 @@ function(qel_library name)
 endfunction()
 
 # qel_test(NAME SOURCES ... LIBS ... [TIMEOUT seconds] [ENV name=value ...]): one Qt Test program,
-# run by CTest without a display.
+# run by CTest without a display. Each XxxTest.cpp includes its own XxxTest.moc. There are many small
+# tests, and for each of them AUTOMOC would start a CMake of its own and compile an empty file.
 function(qel_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;ENV" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE qel_options ${ARG_LIBS} Qt6::Test)
-    qel_precompile(${name})
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF AUTOUIC OFF AUTORCC OFF)
+    target_include_directories(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/moc")
+    # Qt Test includes other headers where Qt Network is linked: all tests link it, so that they can
+    # share precompiled headers.
+    target_link_libraries(${name} PRIVATE qel_options ${ARG_LIBS} Qt6::Test Qt6::Network)
+    foreach(source IN LISTS ARG_SOURCES)
+        if(source MATCHES "(Test|tst_[a-z_]+)\\.cpp$")
+            get_filename_component(stem "${source}" NAME_WE)
+            set(moc "${CMAKE_CURRENT_BINARY_DIR}/moc/${stem}.moc")
+            qt_generate_moc("${CMAKE_CURRENT_SOURCE_DIR}/${source}" "${moc}" TARGET ${name})
+            target_sources(${name} PRIVATE "${moc}")
+        endif()
+    endforeach()
+    target_compile_options(${name} PRIVATE ${QEL_TEST_OPTIONS})
+    qel_precompile_test(${name})
     add_test(NAME ${name} COMMAND ${name})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)

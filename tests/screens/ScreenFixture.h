@@ -8,7 +8,7 @@
 #include "support/ScriptedServer.h"
 
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 #include <functional>
 
