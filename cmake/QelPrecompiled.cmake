@@ -1,6 +1,6 @@
 # Precompiled headers: for targets over Qt Core and for targets over Qt Widgets, and of each one for
-# tests. They halve the time of a whole build. Off unless a preset asks for them: without them a file that forgets an
-# include does not compile, and so it is in the release builds.
+# tests. They halve the time of a whole build. Off unless a preset asks for them: without them a file
+# that forgets an include does not compile, and so it is in the release builds.
 
 option(QEL_PCH "Precompile the headers of Qt and of the standard library" OFF)
 
@@ -74,6 +74,7 @@ function(qel_precompile target)
     qel_precompile_from(${target} Core Widgets)
 endfunction()
 
+# The same for a test, which is compiled with QEL_TEST_OPTIONS.
 function(qel_precompile_test target)
     qel_precompile_from(${target} CoreTest WidgetsTest)
 endfunction()

@@ -48,7 +48,8 @@ set(QEL_TEST_POSTGRES "${CMAKE_BINARY_DIR}/postgres.url")
 
 # qel_test(NAME SOURCES ... LIBS ... [TIMEOUT seconds] [ENV name=value ...] [POSTGRES]): one Qt Test
 # program, run by CTest without a display. POSTGRES: run a second time, as NAME.pg, with its
-# databases on PostgreSQL (tests/server/support); POSTGRES_ONLY: run as NAME.pg alone. Each XxxTest.cpp includes its own XxxTest.moc.
+# databases on PostgreSQL (tests/server/support); POSTGRES_ONLY: run as NAME.pg alone. Each
+# XxxTest.cpp includes its own XxxTest.moc.
 # There are many small tests, and for each of them AUTOMOC would start a CMake of its own and compile
 # an empty file.
 function(qel_test name)

@@ -3,6 +3,7 @@
 #include "host/Session.h"
 #include "support/ScreenDriver.h"
 
+#include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QSignalSpy>
@@ -36,6 +37,8 @@ Site::Site()
 {
     qputenv("XDG_CONFIG_HOME", folder_.path().toUtf8());
     qputenv("XDG_DATA_HOME", folder_.path().toUtf8());
+    if (!QFile::copy(QStringLiteral(QEL_SITE_SAMPLE), folder_.filePath(u"site.sqlite"_s)))
+        qFatal("no %s: run e2e_FillSample first", QEL_SITE_SAMPLE);
     StartServer();
     QUrl url(u"http://127.0.0.1:%1"_s.arg(port_));
     url.setUserName(u"admin"_s);
@@ -60,10 +63,10 @@ void Site::StartServer()
     server_->setProcessEnvironment(environment);
     server_->setStandardErrorFile(folder_.filePath(u"server.log"_s), QIODevice::Append);
     server_->start(QStringLiteral(QEL_SERVER_PROGRAM),
-                   DatabaseArguments() + QStringList{u"--demo"_s, u"--listen"_s,
-                                                     u"127.0.0.1:%1"_s.arg(port_), u"--operator"_s,
-                                                     u"admin"_s, u"--exit-with-parent"_s});
-    QTRY_VERIFY_WITH_TIMEOUT(server_->canReadLine(), 120'000);
+                   DatabaseArguments() + QStringList{u"--listen"_s, u"127.0.0.1:%1"_s.arg(port_),
+                                                     u"--operator"_s, u"admin"_s,
+                                                     u"--exit-with-parent"_s});
+    QTRY_VERIFY_WITH_TIMEOUT(server_->canReadLine(), 60'000);
     port_ = QUrl(QString::fromLatin1(server_->readLine().trimmed()).section(u' ', -1)).port();
 }
 
