@@ -6,6 +6,7 @@
 #include "admin/NextKeys.h"
 #include "admin/StoredSchema.h"
 #include "store/Migrations.h"
+#include "store/SearchIndex.h"
 
 #include <algorithm>
 
@@ -63,6 +64,36 @@ void CheckIndexes(Store::Connection &connection, const Sql::Table &table, Findin
         else if (*stored != columns)
             findings.Add("schema.index", place, u"索引的列是 %1，应为 %2"_s.arg(*stored, columns));
     }
+}
+
+/// What belongs to the search index of the table; its content is looked at with the rows.
+void CheckSearchObjects(Store::Connection &connection, const Sql::Table &table,
+                        FindingList &findings)
+{
+    for (const Store::SearchObject &object :
+         Store::SearchObjectsOf(table, connection.CurrentDialect())) {
+        const QString name = QString::fromLatin1(object.name);
+        const auto stored = StoredSearchObject(connection, name);
+        if (!stored)
+            findings.Add("schema.search", name,
+                         u"检索索引缺少这一部分，请执行 qel-server reindex"_s);
+        else if (*stored != QString::fromLatin1(object.sql))
+            findings.Add("schema.search", name,
+                         u"检索索引的这一部分被改动过，请执行 qel-server reindex"_s);
+    }
+}
+
+void CheckSearchIndex(Store::Connection &connection, const Sql::Table &table, FindingList &findings)
+{
+    QString reason;
+    try {
+        if (Store::IsSearchIndexInStep(connection, table))
+            return;
+    } catch (const Store::EStoreError &error) {
+        reason = u"（%1）"_s.arg(error.Reason());
+    }
+    findings.Add("data.search", QString::fromStdString(table.name),
+                 u"检索索引与表中的行不一致%1，请执行 qel-server reindex"_s.arg(reason));
 }
 
 /// Texts that are empty and values that are missing where the tables would refuse them, if they
@@ -139,6 +170,9 @@ void CheckRows(Store::Connection &connection, FindingList &findings)
     const Store::Snapshot snapshot(connection);
     for (const Sql::Table &table : Store::SchemaCatalog().Tables())
         CheckValues(connection, table, findings);
+    if (!findings.HasAny({"schema.search"}))
+        for (const Sql::Table &table : Store::SchemaCatalog().Tables())
+            CheckSearchIndex(connection, table, findings);
     CheckSequences(connection, findings);
     FindBadRows(connection, [&](const BadRow &row) {
         findings.Add(row.code.toLatin1(), row.table + u'.' + row.column,
@@ -164,6 +198,7 @@ QList<CheckFinding> CheckDatabase(Store::Database &database, int limit)
     for (const Sql::Table &table : Store::SchemaCatalog().Tables()) {
         CheckColumns(*connection, table, findings);
         CheckIndexes(*connection, table, findings);
+        CheckSearchObjects(*connection, table, findings);
     }
     const bool sqlite = connection->CurrentDialect() == Store::Dialect::Sqlite;
     if (sqlite)

@@ -37,6 +37,12 @@ int Migrate(const QCommandLineParser &parser, const QStringList &)
     return 0;
 }
 
+int Reindex(const QCommandLineParser &parser, const QStringList &)
+{
+    Store::RebuildIndexes(*OpenDatabase(parser)->OpenWriter());
+    return 0;
+}
+
 int Backup(const QCommandLineParser &parser, const QStringList &arguments)
 {
     BackUp(NamedDatabaseUrl(parser), arguments.first());
@@ -56,6 +62,7 @@ QList<Command> DatabaseCommands()
          {},
          Check},
         {u"migrate"_s, {}, u"Bring a database made by an older version up to date."_s, {}, Migrate},
+        {u"reindex"_s, {}, u"Make the indexes of a database anew."_s, {}, Reindex},
         {u"backup"_s,
          u"FILE"_s,
          u"Copy a database into a file, also while it is served."_s,

@@ -4,7 +4,7 @@
 
 namespace Qel::Admin {
 
-/// What keeps a database in order: check, migrate, backup.
+/// What keeps a database in order: check, migrate, reindex, backup.
 QList<Command> DatabaseCommands();
 
 } // namespace Qel::Admin

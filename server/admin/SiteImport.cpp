@@ -4,6 +4,7 @@
 #include "admin/Integrity.h"
 #include "admin/TableImport.h"
 #include "store/Migrations.h"
+#include "store/SearchIndex.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -61,6 +62,7 @@ public:
         Store::Transaction transaction(connection_);
         RefuseRows(connection_);
         CheckTables();
+        Store::DropSearchIndexes(connection_); // made in one go they cost less
         ImportResult result;
         for (const TableFile &file : manifest_.tables)
             if (!findings_.Full())
@@ -70,6 +72,7 @@ public:
         result.more = findings_.Cut();
         if (!result.findings.isEmpty() || options_.dryRun)
             return result;
+        Store::CreateSearchIndexes(connection_);
         StoreSequences();
         transaction.Commit();
         return result;

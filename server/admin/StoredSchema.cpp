@@ -66,4 +66,9 @@ std::optional<QString> StoredIndex(Store::Connection &connection, const QString 
         {name, table});
 }
 
+std::optional<QString> StoredSearchObject(Store::Connection &connection, const QString &name)
+{
+    return connection.QueryText("SELECT sql FROM sqlite_master WHERE name = ?1", {name});
+}
+
 } // namespace Qel::Admin

@@ -28,4 +28,7 @@ QString StoredKey(Store::Connection &connection, const QString &table);
 std::optional<QString> StoredIndex(Store::Connection &connection, const QString &table,
                                    const QString &name);
 
+/// What made the part of a search index with this name; nothing: it is not there.
+std::optional<QString> StoredSearchObject(Store::Connection &connection, const QString &name);
+
 } // namespace Qel::Admin

@@ -150,7 +150,8 @@ const Table *Catalog::Find(std::string_view name) const
     return found == byName_.end() ? nullptr : &tables_[found->second];
 }
 
-Catalog Catalog::FromCsv(QByteArrayView columnsCsv, QByteArrayView indexesCsv)
+Catalog Catalog::FromCsv(QByteArrayView columnsCsv, QByteArrayView indexesCsv,
+                         QByteArrayView searchedCsv)
 {
     Catalog catalog;
     std::map<std::string, std::map<int, int>> keys; // of each table: key position to column
@@ -186,16 +187,23 @@ Catalog Catalog::FromCsv(QByteArrayView columnsCsv, QByteArrayView indexesCsv)
             table.columns[static_cast<size_t>(column)].notNull = true;
         }
     }
-    if (indexesCsv.isEmpty())
-        return catalog;
-    for (CsvReader reader(indexesCsv); reader.Next();) {
-        const auto place = catalog.byName_.find(UpperAscii(reader.Cell("TABLE")));
-        if (place == catalog.byName_.end())
-            Fail(reader.Line(), u"没有这个表"_s);
-        Table &table = catalog.tables_[place->second];
-        ColumnList columns = ColumnsOf(table, reader.Cell("COLUMNS"), reader.Line());
+    const auto forEachList = [&](QByteArrayView csv, const auto &take) {
+        if (csv.isEmpty())
+            return;
+        for (CsvReader reader(csv); reader.Next();) {
+            const auto place = catalog.byName_.find(UpperAscii(reader.Cell("TABLE")));
+            if (place == catalog.byName_.end())
+                Fail(reader.Line(), u"没有这个表"_s);
+            Table &table = catalog.tables_[place->second];
+            take(table, ColumnsOf(table, reader.Cell("COLUMNS"), reader.Line()), reader);
+        }
+    };
+    forEachList(indexesCsv, [](Table &table, ColumnList columns, CsvReader &reader) {
         (reader.Flag("UNIQUE") ? table.uniqueIndexes : table.indexes).push_back(std::move(columns));
-    }
+    });
+    forEachList(searchedCsv, [](Table &table, ColumnList columns, CsvReader &) {
+        table.searched = std::move(columns);
+    });
     return catalog;
 }
 

@@ -31,6 +31,7 @@ struct Table
     ColumnList primaryKey;                 ///< in key order
     std::vector<ColumnList> uniqueIndexes; ///< beside the primary key
     std::vector<ColumnList> indexes;       ///< not unique
+    ColumnList searched;                   ///< texts of which clients look for parts
 
     /// Position of the column of this upper-case name; -1: none.
     int IndexOf(std::string_view name) const;
@@ -43,9 +44,10 @@ public:
     /// `columnsCsv` has the header TABLE,COLUMN,TYPE,SIZE,KEY,NOT_NULL,DEFAULT,READABLE,MEANING:
     /// TYPE is Text, Integer, Real or DateTime, KEY the position in the primary key from 1 or
     /// empty, NOT_NULL and READABLE 1, 0 or empty (0). `indexesCsv` has TABLE,COLUMNS,UNIQUE with
-    /// COLUMNS parted by blanks; it may be empty. Further columns are skipped. Throws EQelError
-    /// with the line number for anything else.
-    static Catalog FromCsv(QByteArrayView columnsCsv, QByteArrayView indexesCsv = {});
+    /// COLUMNS parted by blanks, `searchedCsv` TABLE,COLUMNS likewise; they may be empty. Further
+    /// columns are skipped. Throws EQelError with the line number for anything else.
+    static Catalog FromCsv(QByteArrayView columnsCsv, QByteArrayView indexesCsv = {},
+                           QByteArrayView searchedCsv = {});
 
     /// The table of this name in any case; null: there is none.
     const Table *Find(std::string_view name) const;

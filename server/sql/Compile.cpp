@@ -1,6 +1,7 @@
 #include "sql/Compile.h"
 
 #include "sql/Binder.h"
+#include "sql/LikeIndex.h"
 #include "sql/Parser.h"
 #include "sql/Printer.h"
 #include "sql/TotalOrder.h"
@@ -27,9 +28,10 @@ FieldType FieldTypeOf(Type type)
 
 } // namespace
 
-std::string CompiledQuery::Page(qint64 limit, qint64 offset) const
+std::string CompiledQuery::Page(qint64 limit, qint64 offset, bool readsThrough) const
 {
-    return ordered + " LIMIT " + std::to_string(limit) + " OFFSET " + std::to_string(offset);
+    return (readsThrough ? readThrough : ordered) + " LIMIT " + std::to_string(limit) + " OFFSET " +
+           std::to_string(offset);
 }
 
 CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect dialect,
@@ -41,6 +43,14 @@ CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect
 
     CompiledQuery compiled;
     CompleteOrder(query, dialect);
+    if (dialect == Dialect::Sqlite) {
+        const std::string unnarrowed = PrintOrdered(query, dialect);
+        const std::vector<NodePtr> added = NarrowByGrams(query);
+        if (added.size() == 1 && added.front()->op == Op::HasGrams && IsOrderedByIndex(query)) {
+            compiled.candidates = PrintCandidates(*added.front(), ManyCandidates);
+            compiled.readThrough = unnarrowed;
+        }
+    }
     compiled.ordered = PrintOrdered(query, dialect);
     // Rows that tie shall stand the same way, paged or not; who states no order pays for none.
     compiled.all = query.orderBy.empty() ? PrintUnordered(query, dialect) : compiled.ordered;

@@ -39,6 +39,9 @@ struct Limits
 /// over the table's columns; an empty one means every row. What is not named is not there.
 using RowScope = std::map<std::string, std::string>;
 
+/// Of 100,000 rows so many are found by reading through in the time in which they are looked up.
+inline constexpr int ManyCandidates = 2'000;
+
 /// Literals stand inside the texts, quoted by the printer: an IN list may have more of them than a
 /// database accepts parameters, and planners see what they compare with. The texts are complete:
 /// nothing is to be bound.
@@ -49,12 +52,18 @@ struct CompiledQuery
 
     /// Rows `offset` + 1 to `offset` + `limit` of one total order that agrees with the statement's
     /// own, so that pages neither overlap nor leave out a row.
-    std::string Page(qint64 limit, qint64 offset) const;
+    std::string Page(qint64 limit, qint64 offset, bool readsThrough = false) const;
 
     FieldDefs fields;                ///< one per output column; labels may repeat
     std::vector<std::string> tables; ///< those read, each once, upper case
 
     std::string ordered; ///< what Page() puts the limits behind
+
+    /// Where the rows are looked for by the grams of what they shall hold, and an index may give
+    /// them in their order: a statement for one number, how many candidates there are, at most
+    /// ManyCandidates; and, for pages when there are so many, the ordered text that reads through.
+    std::string candidates;
+    std::string readThrough;
 };
 
 /// `oracleText` is UTF-8. With a scope every mention of a table, at whatever depth, is one of the

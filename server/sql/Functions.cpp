@@ -78,6 +78,8 @@ constexpr std::array<Template, 30> templates = {{
 std::set<std::string> PrintedFunctions(Dialect dialect)
 {
     std::set<std::string> names{"COALESCE", "LIKE", "NULLIF", "ROW_NUMBER"};
+    if (dialect == Dialect::Sqlite)
+        names.emplace("MATCH"); // of the gram tables
     const auto isOfName = [](char c) { return (c >= 'A' && c <= 'Z') || c == '_'; };
     for (const Template &one : templates) {
         const std::string_view text = FunctionTemplate(one.fn, dialect);

@@ -1,5 +1,6 @@
 #include "sql/Printer.h"
 
+#include "sql/Grams.h"
 #include "sql/TotalOrder.h"
 
 #include <QScopedValueRollback>
@@ -58,6 +59,13 @@ bool HasSubSelect(const Node &value)
 bool IsTextColumn(const Node &node)
 {
     return node.op == Op::Column && node.relation->table;
+}
+
+/// The gram table of the relation that the node names, and the rows of it.
+std::string GramMatch(const Node &hasGrams)
+{
+    const std::string table = GramTableOf(hasGrams.arguments[0]->relation->table->name);
+    return table + " WHERE " + table + " MATCH " + Quoted(hasGrams.text, '\'');
 }
 
 class Printer
@@ -357,6 +365,12 @@ private:
             Put("EXISTS ");
             PrintSubSelect(node);
             break;
+        case Op::HasGrams:
+        case Op::KeepsGrams:
+            Put(node.op == Op::KeepsGrams ? "+" : ""); // SQLite then looks up nothing by it
+            Print(*arguments[0]);
+            Put(" IN (SELECT rowid FROM " + GramMatch(node) + ")");
+            break;
         }
     }
 
@@ -491,6 +505,12 @@ std::string PrintCount(const Query &query, Dialect dialect)
     Printer printer(dialect);
     printer.PrintCount(query);
     return printer.TakeText();
+}
+
+std::string PrintCandidates(const Node &hasGrams, int most)
+{
+    return "SELECT COUNT(*) FROM (SELECT 1 FROM " + GramMatch(hasGrams) + " LIMIT " +
+           std::to_string(most) + ") AS candidates";
 }
 
 } // namespace Qel::Sql

@@ -1,6 +1,7 @@
 #include "sql/SqliteFunctions.h"
 
 #include "dataset/QelError.h"
+#include "sql/Grams.h"
 #include "sql/Values.h"
 
 #include <QList>
@@ -87,34 +88,6 @@ bool OnlyAsciiHasCase(std::string_view text)
     });
 }
 
-/// Unicode's mapping of one character to one. Qt leaves those alone that have one to several too:
-/// Greek vowels with a small iota below, and the dotted capital I.
-uint WithOtherCase(uint c, bool upper)
-{
-    constexpr uint iotaBelow[] = {0x1f80, 0x1f90, 0x1fa0}; // eight small ones, eight capitals
-    constexpr uint iotaBelowAlone[] = {0x1fb3, 0x1fc3, 0x1ff3};
-    constexpr uint dottedI = 0x130;
-    if (upper && std::ranges::find(iotaBelow, c & ~7u) != std::end(iotaBelow))
-        return c + 8;
-    if (upper && std::ranges::find(iotaBelowAlone, c) != std::end(iotaBelowAlone))
-        return c + 9;
-    if (!upper && c == dottedI)
-        return U'i';
-    return upper ? QChar::toUpper(c) : QChar::toLower(c);
-}
-
-/// Character by character, so that no text grows beyond the size of its field: ß has no capital of
-/// one character and stays as it is.
-QByteArray WithOtherCase(const QString &text, bool upper)
-{
-    QList<uint> characters = text.toUcs4();
-    for (uint &c : characters)
-        c = WithOtherCase(c, upper);
-    return QString::fromUcs4(reinterpret_cast<const char32_t *>(characters.constData()),
-                             characters.size())
-        .toUtf8();
-}
-
 template <bool upper>
 void ChangeCase(Context *context, int, Value **values)
 {
@@ -125,9 +98,7 @@ void ChangeCase(Context *context, int, Value **values)
     constexpr char last = upper ? 'z' : 'Z';
     const auto changes = [](char c) { return c >= first && c <= last; };
     if (!OnlyAsciiHasCase(text)) {
-        const QString all = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-        const QByteArray changed = WithOtherCase(all, upper);
-        Give(context, {changed.constData(), static_cast<size_t>(changed.size())});
+        Give(context, WithOtherCase(text, upper));
     } else if (std::any_of(text.begin(), text.end(), changes)) {
         std::string changed(text);
         for (char &c : changed)
@@ -281,6 +252,21 @@ void Pad(Context *context, int count, Value **values)
     Give(context, {padded.constData(), static_cast<size_t>(padded.size())});
 }
 
+/// Of several texts, as the triggers of a gram table need them.
+void Grams(Context *context, int count, Value **values)
+{
+    std::string grams;
+    for (Value **value = values; value != values + count; ++value)
+        grams += GramsOf(WithOtherCase(TextOf(*value), true));
+    Give(context, grams);
+}
+
+/// Of a row and its grams.
+void GramSum(Context *context, int, Value **values)
+{
+    sqlite3_result_int64(context, SumOfGrams(sqlite3_value_int64(values[0]), TextOf(values[1])));
+}
+
 struct Registration
 {
     const char *name;
@@ -288,7 +274,7 @@ struct Registration
     void (*function)(Context *, int, Value **);
 };
 
-constexpr std::array<Registration, 12> registrations = {{
+constexpr std::array<Registration, 14> registrations = {{
     {"QEL_UPPER", 1, ChangeCase<true>},
     {"QEL_LOWER", 1, ChangeCase<false>},
     {"QEL_SUBSTR", -1, Substr},
@@ -301,6 +287,8 @@ constexpr std::array<Registration, 12> registrations = {{
     {"QEL_ADD_DAYS", 2, AddDaysTo},
     {"QEL_DAYS_BETWEEN", 2, DaysBetweenDates},
     {"QEL_PAD", 2, Pad},
+    {"QEL_GRAMS", -1, Grams},
+    {"QEL_GRAM_SUM", 2, GramSum},
 }};
 
 } // namespace

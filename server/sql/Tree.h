@@ -42,6 +42,8 @@ enum class Op {
     In,
     InQuery,
     Exists,
+    HasGrams,   ///< the row number of a table; text: what its gram table must match
+    KeepsGrams, ///< the same, of rows that are found another way
 };
 
 struct Node;

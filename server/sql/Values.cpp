@@ -297,4 +297,35 @@ std::optional<double> DaysBetween(std::string_view later, std::string_view earli
     return static_cast<double>((TimeOf(*a) - TimeOf(*b)).count()) / secondsPerDay;
 }
 
+namespace {
+
+/// Unicode's mapping of one character to one. Qt leaves those alone that have one to several too:
+/// Greek vowels with a small iota below, and the dotted capital I.
+uint WithOtherCase(uint c, bool upper)
+{
+    constexpr uint iotaBelow[] = {0x1f80, 0x1f90, 0x1fa0}; // eight small ones, eight capitals
+    constexpr uint iotaBelowAlone[] = {0x1fb3, 0x1fc3, 0x1ff3};
+    constexpr uint dottedI = 0x130;
+    if (upper && std::ranges::find(iotaBelow, c & ~7u) != std::end(iotaBelow))
+        return c + 8;
+    if (upper && std::ranges::find(iotaBelowAlone, c) != std::end(iotaBelowAlone))
+        return c + 9;
+    if (!upper && c == dottedI)
+        return U'i';
+    return upper ? QChar::toUpper(c) : QChar::toLower(c);
+}
+
+} // namespace
+
+std::string WithOtherCase(std::string_view utf8, bool upper)
+{
+    QList<uint> characters =
+        QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())).toUcs4();
+    for (uint &c : characters)
+        c = WithOtherCase(c, upper);
+    return QString::fromUcs4(reinterpret_cast<const char32_t *>(characters.constData()),
+                             characters.size())
+        .toStdString();
+}
+
 } // namespace Qel::Sql

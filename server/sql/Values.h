@@ -34,4 +34,8 @@ std::optional<std::string> FormatDate(std::string_view date, std::string_view fo
 std::optional<std::string> AddDays(std::string_view date, double days);
 std::optional<double> DaysBetween(std::string_view later, std::string_view earlier);
 
+/// UPPER and LOWER: character by character, so that no text grows beyond the size of its field: ß
+/// has no capital of one character and stays as it is.
+std::string WithOtherCase(std::string_view utf8, bool upper);
+
 } // namespace Qel::Sql

@@ -20,6 +20,9 @@ void KeepVersionsAndManyTokens(Connection &connection)
     CreateTable(connection, "SRV_SCHEMA");
 }
 
+/// Tables as before: the search indexes come with all the others.
+void FindPartsOfTexts(Connection &) {}
+
 struct Step
 {
     int version; ///< that it leads to
@@ -28,6 +31,7 @@ struct Step
 
 constexpr Step Steps[] = {
     {2, KeepVersionsAndManyTokens},
+    {3, FindPartsOfTexts},
 };
 
 void RefuseNewer(int version)
@@ -109,6 +113,19 @@ void RequireSchema(Connection &connection)
         throw EQelError(u"数据库中还没有表。请先启动一次服务器，或执行 qel-server migrate。"_s);
     if (version < SchemaVersion)
         RefuseOlder(version);
+}
+
+void RebuildIndexes(Connection &connection)
+{
+    RequireSchema(connection);
+    {
+        const SchemaLock lock(connection);
+        Transaction transaction(connection);
+        DropIndexes(connection);
+        CreateIndexes(connection);
+        transaction.Commit();
+    }
+    UpdateStatistics(connection);
 }
 
 } // namespace Qel::Store

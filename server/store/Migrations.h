@@ -25,4 +25,7 @@ void PrepareSchema(Connection &connection, OldTables old);
 /// The same for a program that makes no tables.
 void RequireSchema(Connection &connection);
 
+/// Makes all indexes anew, in one transaction; posts wait meanwhile. Throws as RequireSchema does.
+void RebuildIndexes(Connection &connection);
+
 } // namespace Qel::Store

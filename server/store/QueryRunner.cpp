@@ -88,7 +88,8 @@ QueryResult QueryRunner::Run(const Sql::CompiledQuery &query, int page, int page
         return {count, count, rows.Finish()};
     }
     const qint64 offset = static_cast<qint64>(page - 1) * pageSize;
-    RowSetBuilder rows = Fetch(query.Page(pageSize, offset), query.fields);
+    const bool many = !query.candidates.empty() && Count(query.candidates) == Sql::ManyCandidates;
+    RowSetBuilder rows = Fetch(query.Page(pageSize, offset, many), query.fields);
     const qint64 count = rows.RowCount();
     // A page that is not full is the last one and shows how many rows there are; a filter that
     // finds next to nothing is then not searched for twice.

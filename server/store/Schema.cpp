@@ -2,6 +2,7 @@
 
 #include "store/Clock.h"
 #include "store/Postgres.h"
+#include "store/SearchIndex.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -153,7 +154,8 @@ const Sql::Catalog &SchemaCatalog()
     static const Sql::Catalog catalog = [] {
         InitSchemaResource();
         return Sql::Catalog::FromCsv(ReadResource(u":/schema/columns.csv"_s),
-                                     ReadResource(u":/schema/indexes.csv"_s));
+                                     ReadResource(u":/schema/indexes.csv"_s),
+                                     ReadResource(u":/schema/searched.csv"_s));
     }();
     return catalog;
 }
@@ -235,6 +237,7 @@ SchemaLock::~SchemaLock()
 
 void DropIndexes(Connection &connection)
 {
+    DropSearchIndexes(connection);
     for (const Sql::Table &table : SchemaCatalog().Tables()) {
         for (const Index &index : IndexesOf(table))
             connection.Execute("DROP INDEX IF EXISTS " + index.name);
@@ -247,6 +250,7 @@ void CreateIndexes(Connection &connection)
         for (const Index &index : IndexesOf(table))
             connection.Execute(index.sql);
     }
+    CreateSearchIndexes(connection);
 }
 
 void UpdateStatistics(Connection &connection)

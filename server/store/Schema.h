@@ -8,13 +8,13 @@
 
 namespace Qel::Store {
 
-/// What schema/columns.csv and schema/indexes.csv say, read once. Tables "SRV_..." are the
+/// What the CSV files in schema/ say, read once. Tables "SRV_..." are the
 /// server's own: no client reads them.
 const Sql::Catalog &SchemaCatalog();
 
 /// What CreateSchema makes; the newest row of SRV_SCHEMA says what a database has. Whoever changes
 /// a table counts it up and adds a step to Migrations.cpp.
-inline constexpr int SchemaVersion = 2;
+inline constexpr int SchemaVersion = 3;
 
 /// The type of a column with its collation, as the database itself would name it.
 QByteArray TypeName(const Sql::Column &column, Dialect dialect);
@@ -54,8 +54,9 @@ private:
     Connection &connection_;
 };
 
-/// Filling empty tables costs less without their indexes, which are made afterwards in one go. The
-/// primary keys stay. Both are for a transaction of the caller's.
+/// Filling empty tables costs less without their indexes, which are made afterwards in one go,
+/// those for parts of texts too (SearchIndex.h). The primary keys stay. Both are for a transaction
+/// of the caller's.
 void DropIndexes(Connection &connection);
 void CreateIndexes(Connection &connection);
 

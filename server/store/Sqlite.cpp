@@ -199,7 +199,9 @@ public:
         if (!writes)
             LimitSteps(opened);
         Execute(writes ? "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
-                         "PRAGMA foreign_keys = ON"
+                         "PRAGMA foreign_keys = ON;"
+                         // REPLACE then fires the triggers of what it deletes, too
+                         "PRAGMA recursive_triggers = ON"
                        : "PRAGMA query_only = ON; PRAGMA mmap_size = 268435456;"
                          "PRAGMA cache_size = -32768; PRAGMA temp_store = MEMORY");
     }
@@ -221,6 +223,10 @@ public:
 
     std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) override
     {
+        // A session that meets a gram table for the first time declares it to itself, which a
+        // client's statement may not do.
+        if (sql.contains(QByteArrayView("QEL_GRAMS_")))
+            Prepare(sql);
         const QScopedValueRollback<bool> guard(clientText_, true);
         return Prepare(sql, memoryLimit_);
     }

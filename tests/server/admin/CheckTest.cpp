@@ -42,7 +42,7 @@ private slots:
             QTest::newRow(name) << sql << QByteArray() << problems;
         };
         row("tables of another version", "UPDATE SRV_SCHEMA SET VERSION = 1",
-            {u"schema.version SRV_SCHEMA 数据库的表是版本 1，本程序需要版本 2"_s});
+            {u"schema.version SRV_SCHEMA 数据库的表是版本 1，本程序需要版本 3"_s});
         row("a missing table", "DROP TABLE TRA_RETURN",
             {u"schema.table TRA_RETURN 缺少这个表"_s,
              u"schema.index TRA_RETURN 主键应为 RETURN_ID"_s,
@@ -155,6 +155,54 @@ private slots:
         const QStringList problems = Problems(data.Database());
         QVERIFY(!problems.isEmpty());
         QVERIFY2(problems.first().startsWith(u"file.damaged - "_s), qPrintable(problems.first()));
+    }
+
+    void FindsSearchIndexThatIsNotInStep_data()
+    {
+        QTest::addColumn<QByteArray>("sql");
+        QTest::addColumn<QString>("problem");
+        const auto stale =
+            u"data.search BAS_ORG 检索索引与表中的行不一致，请执行 qel-server reindex"_s;
+        QTest::newRow("a row that is not in it")
+            << QByteArray("DROP TRIGGER QEL_GRAMS_BAS_ORG_I;"
+                          "INSERT INTO BAS_ORG (ORG_ID, ORG_CODE) VALUES ('200099', 'H99')")
+            << u"schema.search QEL_GRAMS_BAS_ORG_I 检索索引缺少这一部分，请执行 qel-server reindex"_s;
+        QTest::newRow("grams too few")
+            << QByteArray("INSERT INTO QEL_GRAMS_BAS_ORG (QEL_GRAMS_BAS_ORG, rowid, GRAMS)"
+                          " SELECT 'delete', rowid, QEL_GRAMS(ORG_CODE) FROM BAS_ORG"
+                          " WHERE ORG_ID = '200001'")
+            << stale;
+        QTest::newRow("grams too many")
+            << QByteArray("INSERT INTO QEL_GRAMS_BAS_ORG (rowid, GRAMS) VALUES (99, 'ABC BC C')")
+            << stale;
+        QTest::newRow("another trigger")
+            << QByteArray("DROP TRIGGER QEL_GRAMS_USR_USER_D; CREATE TRIGGER QEL_GRAMS_USR_USER_D"
+                          " AFTER DELETE ON USR_USER BEGIN SELECT 1; END")
+            << u"schema.search QEL_GRAMS_USR_USER_D 检索索引的这一部分被改动过，请执行 qel-server "
+               "reindex"_s;
+    }
+    void FindsSearchIndexThatIsNotInStep()
+    {
+        if (TestsRunOnPostgres())
+            QSKIP("no write passes by an index of PostgreSQL");
+        QFETCH(QByteArray, sql);
+        QFETCH(QString, problem);
+        SoundDatabase data;
+        data.Connection().Execute(sql);
+        QCOMPARE(Problems(data.Database()), QStringList{problem});
+        const AdminRun run = RunAdmin({u"reindex"_s}, {{u"QEL_DATABASE"_s, data.Url()}});
+        QCOMPARE(run.err, QString());
+        QCOMPARE(run.status, 0);
+        QCOMPARE(Problems(data.Database()), QStringList());
+    }
+
+    void ReindexMakesMissingIndexes()
+    {
+        SoundDatabase data;
+        data.Connection().Execute("DROP INDEX IX_BAS_ORG_2; DROP INDEX IX_TRA_SEND_1");
+        QCOMPARE(Problems(data.Database()).size(), 2);
+        QCOMPARE(RunAdmin({u"reindex"_s}, {{u"QEL_DATABASE"_s, data.Url()}}).status, 0);
+        QCOMPARE(Problems(data.Database()), QStringList());
     }
 
     void FindsSettingsThatLosePosts()

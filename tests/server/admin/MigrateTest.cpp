@@ -1,6 +1,7 @@
 #include "CheckSupport.h"
 #include "store/Credentials.h"
 #include "store/Migrations.h"
+#include "store/SearchIndex.h"
 #include "support/AdminRun.h"
 #include "support/ServerProcess.h"
 #include "support/TestDatabase.h"
@@ -15,12 +16,12 @@ using namespace Qel;
 
 namespace {
 
-/// A database that the release before versions were kept has made and worked with.
+/// A database that a program with tables of that version has made and worked with.
 struct OldSite
 {
-    OldSite()
+    explicit OldSite(int version = 1)
     {
-        QFile script(QStringLiteral(QEL_VERSION_1));
+        QFile script(QStringLiteral(QEL_OLD_SITES "/version%1.sql").arg(version));
         if (!script.open(QIODevice::ReadOnly))
             qFatal("no fixture");
         Open()->Execute(script.readAll());
@@ -46,13 +47,22 @@ class MigrateTest : public QObject
     Q_OBJECT
 
 private slots:
-    void BringsPreviousReleaseUpToDate()
+    void BringsOldTablesUpToDate_data()
     {
-        const OldSite site;
+        QTest::addColumn<int>("version");
+        QTest::addColumn<QString>("steps");
+        QTest::newRow("before versions were kept") << 1 << u"2\n3\n"_s;
+        QTest::newRow("without search indexes") << 2 << u"3\n"_s;
+    }
+    void BringsOldTablesUpToDate()
+    {
+        QFETCH(int, version);
+        QFETCH(QString, steps);
+        const OldSite site(version);
         AdminRun run = site.Run({u"migrate"_s});
         QCOMPARE(run.err, QString());
         QCOMPARE(run.status, 0);
-        QCOMPARE(run.out, u"2\n"_s);
+        QCOMPARE(run.out, steps);
 
         // What was there stays, and the tables are those of an empty database of today.
         const auto connection = site.Open();
@@ -67,6 +77,28 @@ private slots:
         QCOMPARE(run.out, QString());
         QCOMPARE(run.status, 0);
         QCOMPARE(site.Run({u"user"_s, u"add"_s, u"admin"_s}).status, 0);
+        // Parts of the texts are found that were there before.
+        QCOMPARE(*connection->QueryText("SELECT COUNT(*) FROM BAS_ORG WHERE rowid IN (SELECT rowid"
+                                        " FROM QEL_GRAMS_BAS_ORG WHERE QEL_GRAMS_BAS_ORG MATCH"
+                                        " '\"民医\" *')"),
+                 u"1"_s);
+    }
+
+    void MigratesToSearchIndexesOnPostgres()
+    {
+        if (!TestsRunOnPostgres())
+            QSKIP("above on SQLite");
+        TestDatabase data(TestDatabase::Content::Tables);
+        { // the version before: the same tables
+            Store::Transaction transaction(data.Connection());
+            Store::DropSearchIndexes(data.Connection());
+            data.Connection().Execute("UPDATE SRV_SCHEMA SET VERSION = 2");
+            transaction.Commit();
+        }
+        const AdminRun run = RunAdmin({u"migrate"_s}, {{u"QEL_DATABASE"_s, data.Url()}});
+        QCOMPARE(run.err, QString());
+        QCOMPARE(run.out, u"3\n"_s);
+        QCOMPARE(Problems(data.Database()), QStringList());
     }
 
     void DoesNothingTheSecondTime()
@@ -76,8 +108,8 @@ private slots:
         const AdminRun run = site.Run({u"migrate"_s});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, QString());
-        QCOMPARE(run.err, u"数据库的表已是版本 2。\n"_s);
-        QCOMPARE(*site.Open()->QueryText("SELECT COUNT(*) FROM SRV_SCHEMA"), u"1"_s);
+        QCOMPARE(run.err, u"数据库的表已是版本 3。\n"_s);
+        QCOMPARE(*site.Open()->QueryText("SELECT COUNT(*) FROM SRV_SCHEMA"), u"2"_s);
     }
 
     void FailedStepLeavesVersionBefore()
@@ -92,7 +124,7 @@ private slots:
         QCOMPARE(*connection->QueryText("SELECT COUNT(*) FROM SRV_TOKEN"), u"1"_s);
         QVERIFY(Store::HasTable(*connection, u"IX_BAS_ORG_1"_s));
         connection->Execute("DROP VIEW SRV_SCHEMA");
-        QCOMPARE(site.Run({u"migrate"_s}).out, u"2\n"_s);
+        QCOMPARE(site.Run({u"migrate"_s}).out, u"2\n3\n"_s);
     }
 
     void ServerSaysWhatToDo()
@@ -100,11 +132,11 @@ private slots:
         const OldSite site;
         const AdminRun run = site.Run({u"--listen"_s, u"127.0.0.1:0"_s});
         QCOMPARE(run.status, 1);
-        QCOMPARE(run.err, u"qel-server: 数据库的表是版本 1，本程序需要版本 2。请先备份"
+        QCOMPARE(run.err, u"qel-server: 数据库的表是版本 1，本程序需要版本 3。请先备份"
                           "（qel-server backup），再执行 qel-server migrate。\n"_s);
         QCOMPARE(site.Run({u"user"_s, u"list"_s}).err, run.err);
         QCOMPARE(site.Run({u"check"_s}).out,
-                 u"schema.version\tSRV_SCHEMA\t数据库的表是版本 1，本程序需要版本 2\n"_s);
+                 u"schema.version\tSRV_SCHEMA\t数据库的表是版本 1，本程序需要版本 3\n"_s);
     }
 
     void SampleDataAreMigratedByTheServer()

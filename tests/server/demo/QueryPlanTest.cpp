@@ -54,8 +54,9 @@ private slots:
             {u"SEARCH t1 (ORD_DATE>? AND ORD_DATE<?)"_s, linesOfOrder});
         row("orders from a date on", rollback, u"rollback.orders.from"_s,
             {u"SEARCH t1 (ORD_DATE>?)"_s, linesOfOrder});
-        // Read through once by the shorter table, whatever the number is like.
-        row("orders by number", rollback, u"rollback.orders.code"_s, {u"SCAN t1"_s, linesOfOrder});
+        row("orders by a part of the number", rollback, u"rollback.orders.code"_s,
+            {u"SEARCH t1 (rowid=?)"_s, u"SCAN QEL_GRAMS_TRA_ORDER VIRTUAL TABLE INDEX 0:M1"_s,
+             linesOfOrder});
         row("orders", rollback, u"rollback.orders.none"_s, {u"SCAN t1"_s, linesOfOrder});
         row("returns by date", rollback, u"rollback.returns.full"_s,
             {u"SEARCH t1 (LAST_UPDATE>? AND LAST_UPDATE<?)"_s, u"SEARCH t2 (SEND_ID=?)"_s});
@@ -88,7 +89,7 @@ private slots:
             }
             // What is not named is found by its key.
             for (const QString &step : plan) {
-                if (step.startsWith(u"SCAN"_s))
+                if (step.startsWith(u"SCAN"_s) && !step.startsWith(u"SCAN QEL_GRAMS"_s))
                     QVERIFY2(steps.contains(step), qPrintable(step));
             }
         }

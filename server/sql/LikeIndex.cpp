@@ -1,0 +1,222 @@
+#include "sql/LikeIndex.h"
+
+#include "sql/Catalog.h"
+#include "sql/Grams.h"
+#include "sql/Values.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace Qel::Sql {
+
+namespace {
+
+/// The alternatives of a condition, however they are bracketed.
+void CollectAlternatives(const Node &condition, std::vector<const Node *> &alternatives)
+{
+    if (condition.op != Op::Or) {
+        alternatives.push_back(&condition);
+        return;
+    }
+    for (const NodePtr &one : condition.arguments)
+        CollectAlternatives(*one, alternatives);
+}
+
+/// Whether rows may be left out of the query before its conditions without another effect: no row
+/// of its result depends on which others there are.
+bool PassesRowsOn(const Query &query)
+{
+    return query.IsFlat() && !query.rowLimit && !query.numbersRows;
+}
+
+/// A column of a table, named in `owner` or passed on from there by sub-selects.
+struct Place
+{
+    Query *owner;
+    const Relation *relation;
+    int column;
+};
+
+std::optional<Place> PlaceOf(Query &query, const Node &column)
+{
+    Query *owner = &query;
+    const Node *node = &column;
+    while (node->op == Op::Column && node->column != RowIdColumn) {
+        const Relation *relation = node->relation;
+        const bool own = std::any_of(owner->relations.begin(), owner->relations.end(),
+                                     [&](const auto &one) { return one.get() == relation; });
+        if (!own) // of a query around this one
+            return std::nullopt;
+        if (relation->table)
+            return Place{owner, relation, node->column};
+        owner = relation->query.get();
+        if (!PassesRowsOn(*owner) || static_cast<size_t>(node->column) >= owner->outputs.size())
+            return std::nullopt;
+        node = owner->outputs[static_cast<size_t>(node->column)].value.get();
+    }
+    return std::nullopt;
+}
+
+/// "Column LIKE pattern" or "UPPER(column) LIKE pattern" that grams can tell something about.
+struct Search
+{
+    Place place;
+    std::string grams;
+};
+
+std::optional<Search> SearchOf(Query &query, const Node &condition)
+{
+    if (condition.op != Op::Like || condition.negated || condition.arguments[1]->op != Op::Text)
+        return std::nullopt;
+    const Node *value = condition.arguments[0].get();
+    if (value->op == Op::Function && value->fn == Fn::Upper)
+        value = value->arguments[0].get();
+    const auto place = PlaceOf(query, *value);
+    if (!place)
+        return std::nullopt;
+    const ColumnList &searched = place->relation->table->searched;
+    if (std::find(searched.begin(), searched.end(), place->column) == searched.end())
+        return std::nullopt;
+    char escape = 0;
+    if (condition.arguments.size() > 2) {
+        const Node &character = *condition.arguments[2];
+        if (character.op != Op::Text || character.text.size() != 1)
+            return std::nullopt;
+        escape = character.text.front();
+    }
+    // Grams are of upper-case texts: what holds the pattern as it is holds it in upper case.
+    std::string grams = GramsOfPattern(WithOtherCase(condition.arguments[1]->text, true), escape);
+    if (grams.empty())
+        return std::nullopt;
+    return Search{*place, std::move(grams)};
+}
+
+bool HoldsColumns(const Node &node)
+{
+    bool found = false;
+    ForEachColumn(node, [&](const Node &) { found = true; });
+    return found;
+}
+
+/// Whether a condition compares an indexed column with a value. SQLite takes candidates for few,
+/// however many there are: a week of orders is the better way in.
+bool IsWayIn(const Node &condition)
+{
+    if (condition.op != Op::Compare && condition.op != Op::Between && condition.op != Op::In)
+        return false;
+    if (condition.negated || condition.text == "<>" || HoldsColumns(*condition.arguments[1]))
+        return false;
+    const Node &column = *condition.arguments[0];
+    if (column.op != Op::Column || !column.relation->table)
+        return false;
+    const Table &table = *column.relation->table;
+    const auto leads = [&](const ColumnList &index) { return index.front() == column.column; };
+    return leads(table.primaryKey) ||
+           std::any_of(table.indexes.begin(), table.indexes.end(), leads) ||
+           std::any_of(table.uniqueIndexes.begin(), table.uniqueIndexes.end(), leads);
+}
+
+NodePtr HasGrams(const Query &owner, const Relation &relation, std::string grams)
+{
+    const bool isFoundAnotherWay =
+        std::any_of(owner.where.begin(), owner.where.end(),
+                    [&](const NodePtr &condition) { return IsWayIn(*condition); });
+    auto node = std::make_shared<Node>();
+    node->op = isFoundAnotherWay ? Op::KeepsGrams : Op::HasGrams;
+    node->text = std::move(grams);
+    node->arguments = {ColumnNode(relation, RowIdColumn)};
+    return node;
+}
+
+/// What the rows of each table must have grams of, in the order of the condition.
+struct Needed
+{
+    Query *owner;
+    const Relation *relation;
+    std::vector<std::string> alternatives;
+};
+
+void Need(std::vector<Needed> &all, Search search)
+{
+    auto found = std::find_if(all.begin(), all.end(), [&](const Needed &one) {
+        return one.relation == search.place.relation;
+    });
+    if (found == all.end())
+        found = all.insert(all.end(), {search.place.owner, search.place.relation, {}});
+    auto &list = found->alternatives;
+    if (std::find(list.begin(), list.end(), search.grams) == list.end())
+        list.push_back(std::move(search.grams));
+}
+
+NodePtr ConditionOf(const Needed &needed)
+{
+    std::string grams;
+    for (const std::string &one : needed.alternatives)
+        grams += (grams.empty() ? "(" : " OR (") + one + ')';
+    return HasGrams(*needed.owner, *needed.relation, std::move(grams));
+}
+
+/// Of one condition; false where a row may fit it without the grams of any pattern.
+bool CollectNeeds(Query &query, const Node &condition, std::vector<Needed> &needs)
+{
+    std::vector<const Node *> alternatives;
+    CollectAlternatives(condition, alternatives);
+    for (const Node *one : alternatives) {
+        auto search = SearchOf(query, *one);
+        if (!search)
+            return false;
+        Need(needs, *std::move(search));
+    }
+    return true;
+}
+
+void Narrow(Query &query, std::vector<NodePtr> &added)
+{
+    const std::vector<NodePtr> conditions = query.where; // more are added meanwhile
+    for (const NodePtr &condition : conditions) {
+        std::vector<Needed> needs;
+        if (!CollectNeeds(query, *condition, needs))
+            continue;
+        if (needs.size() == 1) {
+            added.push_back(ConditionOf(needs.front()));
+            auto &where = needs.front().owner->where;
+            where.insert(where.begin(), added.back());
+            continue;
+        }
+        // One or the other table: only where both are at hand.
+        if (std::any_of(needs.begin(), needs.end(),
+                        [&](const Needed &one) { return one.owner != &query; }))
+            continue;
+        auto either = std::make_shared<Node>();
+        either->op = Op::Or;
+        for (const Needed &one : needs)
+            either->arguments.push_back(ConditionOf(one));
+        query.where.insert(query.where.begin(), either);
+        added.push_back(std::move(either));
+    }
+}
+
+} // namespace
+
+std::vector<NodePtr> NarrowByGrams(Query &query)
+{
+    std::vector<NodePtr> added;
+    ForEachSubSelect(query, [&](Query &below) { Narrow(below, added); });
+    Narrow(query, added);
+    return added;
+}
+
+bool IsOrderedByIndex(Query &query)
+{
+    if (query.orderBy.empty() || query.orderBy.front().value->op != Op::Column)
+        return false;
+    const auto place = PlaceOf(query, *query.orderBy.front().value);
+    if (!place)
+        return false;
+    const Table &table = *place->relation->table;
+    const auto leads = [&](const ColumnList &index) { return index.front() == place->column; };
+    return std::any_of(table.indexes.begin(), table.indexes.end(), leads) ||
+           std::any_of(table.uniqueIndexes.begin(), table.uniqueIndexes.end(), leads);
+}
+
+} // namespace Qel::Sql

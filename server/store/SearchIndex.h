@@ -1,0 +1,31 @@
+#pragma once
+
+#include "store/Connection.h"
+
+#include <QByteArray>
+#include <QList>
+
+/// What finds parts of texts without reading a table through, for the columns that
+/// schema/searched.csv names. On SQLite a full-text table of grams stands beside each such table
+/// (sql/Grams.h), and triggers keep it in step within every transaction, whoever writes.
+namespace Qel::Store {
+
+/// Something in the database that belongs to a search index.
+struct SearchObject
+{
+    QByteArray name;
+    QByteArray sql; ///< what makes it
+};
+
+/// Of one table, in the order in which they are made.
+QList<SearchObject> SearchObjectsOf(const Sql::Table &table, Dialect dialect);
+
+/// Both are for a transaction of the caller's. What is dropped are those of any version.
+void CreateSearchIndexes(Connection &connection);
+void DropSearchIndexes(Connection &connection);
+
+/// Whether the index of a table holds what its rows hold and no more. Reads all of it: seconds for
+/// a hundred thousand rows. Throws EStoreError where it cannot be read.
+bool IsSearchIndexInStep(Connection &connection, const Sql::Table &table);
+
+} // namespace Qel::Store
