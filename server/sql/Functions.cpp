@@ -50,8 +50,9 @@ constexpr std::array<Template, 30> templates = {{
     {Fn::Count, "COUNT($*)", {}},
     {Fn::Max, "MAX($*)", {}},
     {Fn::Min, "MIN($*)", {}},
-    {Fn::Sum, "SUM($*)", "SUM($*::numeric)"}, // exact, so in whatever order
-    {Fn::Avg, "AVG($*)", {}},
+    // Exact, so in whatever order; the many places keep the quotient to as many.
+    {Fn::Sum, "QEL_SUM($*)", "SUM($*::numeric)"},
+    {Fn::Avg, "QEL_AVG($*)", "AVG($*::numeric*1.0000000000000000000000000)"},
     {Fn::Coalesce, "COALESCE($*)", {}},
     {Fn::Choose, "CASE WHEN $1 IS NOT NULL THEN $2 ELSE $3 END", {}},
     {Fn::Add, "($1 + $2)", {}},

@@ -430,6 +430,9 @@ private:
                 PrintArgument(node, static_cast<size_t>(text[i] - '1'));
             }
         }
+        // Added up exactly, and then a number as any other.
+        if (postgres_ && (node.fn == Fn::Sum || node.fn == Fn::Avg) && node.type == Type::Real)
+            Put(PostgresCast(node.type));
     }
 
     void PrintArgument(const Node &node, size_t at)

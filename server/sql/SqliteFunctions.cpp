@@ -1,6 +1,7 @@
 #include "sql/SqliteFunctions.h"
 
 #include "dataset/QelError.h"
+#include "sql/ExactSum.h"
 #include "sql/Grams.h"
 #include "sql/Values.h"
 
@@ -247,9 +248,40 @@ void Pad(Context *context, int count, Value **values)
     if (AnyNull(count, values))
         return;
     const std::string_view utf8 = TextOf(values[0]);
-    const QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-    const QByteArray padded = text.leftJustified(sqlite3_value_int(values[1]), u' ', true).toUtf8();
-    Give(context, {padded.constData(), static_cast<size_t>(padded.size())});
+    const auto isStart = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+    const qint64 wanted = sqlite3_value_int64(values[1]);
+    qint64 characters = 0;
+    size_t end = 0;
+    for (; end < utf8.size(); ++end) {
+        if (isStart(utf8[end]) && characters++ == wanted)
+            break;
+    }
+    std::string padded(utf8.substr(0, end));
+    if (characters < wanted)
+        padded.append(static_cast<size_t>(wanted - characters), ' ');
+    Give(context, padded);
+}
+
+void AddUp(Context *context, int, Value **values)
+{
+    const int type = sqlite3_value_type(values[0]);
+    if (type == SQLITE_NULL)
+        return;
+    auto *sum = static_cast<ExactSum *>(sqlite3_aggregate_context(context, sizeof(ExactSum)));
+    if (!sum)
+        sqlite3_result_error_nomem(context);
+    else if (type == SQLITE_INTEGER)
+        sum->Add(qint64(sqlite3_value_int64(values[0])));
+    else
+        sum->Add(sqlite3_value_double(values[0]));
+}
+
+/// Of no rows: NULL.
+template <NumberValue (ExactSum::*result)() const>
+void GiveResult(Context *context)
+{
+    if (const auto *sum = static_cast<ExactSum *>(sqlite3_aggregate_context(context, 0)))
+        Give(context, (sum->*result)());
 }
 
 /// Of several texts, as the triggers of a gram table need them.
@@ -291,6 +323,17 @@ constexpr std::array<Registration, 14> registrations = {{
     {"QEL_GRAM_SUM", 2, GramSum},
 }};
 
+struct AggregateRegistration
+{
+    const char *name;
+    void (*result)(Context *);
+};
+
+constexpr std::array<AggregateRegistration, 2> aggregates = {{
+    {"QEL_SUM", GiveResult<&ExactSum::Sum>},
+    {"QEL_AVG", GiveResult<&ExactSum::Average>},
+}};
+
 } // namespace
 
 void PrepareSqliteConnection(sqlite3 *database)
@@ -302,6 +345,13 @@ void PrepareSqliteConnection(sqlite3 *database)
                 sqlite3_create_function_v2(database, one.name, one.arguments,
                                            SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS,
                                            nullptr, one.function, nullptr, nullptr, nullptr);
+        }
+    }
+    for (const AggregateRegistration &one : aggregates) {
+        if (result == SQLITE_OK) {
+            result = sqlite3_create_function_v2(
+                database, one.name, 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS,
+                nullptr, nullptr, AddUp, one.result, nullptr);
         }
     }
     if (result == SQLITE_OK) {

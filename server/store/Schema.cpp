@@ -259,12 +259,11 @@ void UpdateStatistics(Connection &connection)
         connection.Execute("ANALYZE");
         return;
     }
-    // PostgreSQL keeps its own up to date, but for tables that have just been filled.
+    // PostgreSQL keeps its own up to date, but for tables that have just been filled. How many rows
+    // one has it knows from the making of an index already, what is in them it does not.
     for (const Sql::Table &table : SchemaCatalog().Tables()) {
         const QString name = QString::fromStdString(table.name);
-        if (connection.Exists("SELECT 1 FROM pg_class WHERE oid = to_regclass(lower(?1))"
-                              " AND reltuples < 0",
-                              {name}))
+        if (!connection.Exists("SELECT 1 FROM pg_stats WHERE tablename = lower(?1)", {name}))
             connection.Execute("ANALYZE " + name.toUtf8());
     }
 }

@@ -1,35 +1,11 @@
 #pragma once
 
+#include "Dice.h"
 #include "reference/Statement.h"
-
-#include <algorithm>
-#include <random>
 
 namespace Qel::Reference {
 
-class Dice
-{
-public:
-    explicit Dice(quint64 seed)
-        : engine_(seed)
-    {
-    }
-    int Below(int bound) { return int(engine_() % quint64(bound)); }
-    bool OneIn(int chances) { return Below(chances) == 0; }
-    template <typename List>
-    const auto &Any(const List &list)
-    {
-        return list[Below(int(std::size(list)))];
-    }
-    template <typename List>
-    void Shuffle(List &list)
-    {
-        std::shuffle(list.begin(), list.end(), engine_);
-    }
-
-private:
-    std::mt19937_64 engine_;
-};
+using Test::Dice;
 
 /// T0 to T4: ID (a text of digits, the key), X and Y (any text), N (a number), with many ties and
 /// NULLs. A table may be empty.
