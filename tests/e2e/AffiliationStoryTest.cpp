@@ -68,7 +68,7 @@ public:
     QStringList Stored(const QString &code) const
     {
         return site.Select(
-            u"SELECT A.TREE_CODE||' '||B.ORG_NAME||' '||ifnull(C.ORG_NAME,'-') FROM "
+            u"SELECT A.TREE_CODE||' '||B.ORG_NAME||' '||COALESCE(C.ORG_NAME,'-') FROM "
             "BAS_ORG_AFFILIATION A JOIN BAS_ORG B ON B.ORG_ID=A.ORG_ID LEFT JOIN BAS_ORG C ON "
             "C.ORG_ID=A.PARENT_ORGID WHERE A.ENABLE_FLAG<>'D' AND A.TREE_CODE LIKE '%1%' "
             "ORDER BY 1"_s.arg(code));

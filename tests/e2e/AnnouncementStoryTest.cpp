@@ -30,9 +30,10 @@ public:
               site.Select(u"SELECT UNION_NAME FROM UNI_UNION WHERE UNION_CODE='000101'"_s).value(0))
     {
         // The colleague may act for the group, too.
-        site.Change(u"INSERT INTO UNI_USER_UNION (USER_ID, UNION_ID, LAST_OPERATE) SELECT USER_ID, "
-                    "'%1', '1' FROM USR_USER WHERE USER_NAME='%2' ON CONFLICT DO UPDATE SET "
-                    "LAST_OPERATE='1'"_s.arg(group, site.Colleague()));
+        site.Change(
+            u"INSERT INTO UNI_USER_UNION (USER_ID, UNION_ID, LAST_OPERATE) SELECT USER_ID, "
+            "'%1', '1' FROM USR_USER WHERE USER_NAME='%2' ON CONFLICT (USER_ID, UNION_ID) DO UPDATE SET "
+            "LAST_OPERATE='1'"_s.arg(group, site.Colleague()));
     }
 
     void Query(const QString &title = {})

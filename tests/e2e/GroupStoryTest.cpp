@@ -145,11 +145,10 @@ private slots:
         Type(screen, u"edInfo"_s, u"西北地区采购联合体"_s);
         Press(screen, u"edInfo"_s, Qt::Key_Return);
         DefineMemberTypes(screen);
-        QCOMPARE(
-            site.Select(u"SELECT ORG_TYPE_NAME || BUYER_FLAG || SALER_FLAG || SENDER_FLAG || "
-                        "ADMIN_FLAG || (LAST_OPERATE <> 'D') FROM UNI_ORG_TYPE WHERE UNION_ID="_s +
-                        TheGroup + u" ORDER BY ORG_TYPE_NAME"_s),
-            (QStringList{u"配送企业00101"_s, u"采购医院10001"_s}));
+        QCOMPARE(site.Select(u"SELECT ORG_TYPE_NAME || BUYER_FLAG || SALER_FLAG || SENDER_FLAG || "
+                             "ADMIN_FLAG, LAST_OPERATE <> 'D' FROM UNI_ORG_TYPE WHERE UNION_ID="_s +
+                             TheGroup + u" ORDER BY ORG_TYPE_NAME"_s),
+                 (QStringList{u"配送企业0010/1"_s, u"采购医院1000/1"_s}));
 
         AddFiftyHospitals(screen);
         // The opener has loaded them.
@@ -160,12 +159,11 @@ private slots:
                  QStringList{u"50/1"_s});
 
         SetAuditRule(screen);
-        QCOMPARE(
-            site.Select(u"SELECT RULE_CODE || '=' || (RULE_VALUE = '1' OR RULE_VALUE IN (SELECT "
-                        "ORG_ID FROM UNI_ORG WHERE UNION_ID=R.UNION_ID)) FROM UNI_UNION_RULE R "
-                        "WHERE UNION_ID="_s +
-                        TheGroup + u" ORDER BY RULE_CODE"_s),
-            (QStringList{u"UNI_JTCGDSH=1"_s, u"UNI_JTCGDSH_ORGID=1"_s}));
+        QCOMPARE(site.Select(u"SELECT RULE_CODE, RULE_VALUE = '1' OR RULE_VALUE IN (SELECT "
+                             "ORG_ID FROM UNI_ORG WHERE UNION_ID=R.UNION_ID) FROM UNI_UNION_RULE R "
+                             "WHERE UNION_ID="_s +
+                             TheGroup + u" ORDER BY RULE_CODE"_s),
+                 (QStringList{u"UNI_JTCGDSH/1"_s, u"UNI_JTCGDSH_ORGID/1"_s}));
 
         QStringList history = MoveProducts(screen);
         history.sort();

@@ -18,7 +18,8 @@ constexpr int MidRequest = 200; ///< ms after which a frozen server is killed
 
 /// What this test had logged; the sample data's own history ends long ago.
 const QString Logged = u"SELECT OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME='UNI_UNION' AND "
-                       "OPTION_DATE > DATE('now', '-2 days')"_s;
+                       "OPTION_DATE > "_s +
+                       BeforeTheStory();
 
 int GroupsShown(QWidget *screen)
 {

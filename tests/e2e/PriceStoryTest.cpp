@@ -60,9 +60,8 @@ public:
     {
         return site.Select(u"SELECT USER_NAME||'/'||OPTION_TYPE FROM SYS_UPDATE_LOG WHERE "
                            "TABLE_NAME='"_s +
-                           table +
-                           u"' AND OPTION_DATE > DATE('now', '-2 days')"
-                           " ORDER BY CAST(LOG_ID AS INTEGER)"_s);
+                           table + u"' AND OPTION_DATE > "_s + BeforeTheStory() +
+                           u" ORDER BY CAST(LOG_ID AS INTEGER)"_s);
     }
 
     /// Types into a cell and leaves it with Enter.
@@ -163,22 +162,21 @@ private slots:
         QVERIFY(!story.CanSave());
         const auto prices = [&](const QString &productId) {
             return story.site
-                .Select(u"SELECT ifnull(COST_PRICE,'-')||'/'||ifnull(PRICE_01,'-')||'/'||"
-                        "ifnull(PRICE_02,'-')||'/'||ifnull(PRICE_03,'-')||'/'||LAST_USER||'/'||"
-                        "(SEND_ORGID=SALE_ORGID) FROM PRC_UNI_PRICE_PRODUCT"_s +
+                .Select(u"SELECT COST_PRICE, PRICE_01, PRICE_02, PRICE_03, LAST_USER, "
+                        "SEND_ORGID=SALE_ORGID FROM PRC_UNI_PRICE_PRODUCT"_s +
                         story.Mine() + u" AND PRODUCT_ID='"_s + productId + u'\'')
                 .join(u'|');
         };
-        QCOMPARE(prices(ids[0]), u"12.5/11.0/-/-/系统管理员/1"_s);
-        QCOMPARE(prices(ids[1]), u"-/8.0/-/-/系统管理员/1"_s);
-        QCOMPARE(prices(ids[2]), u"-/-/99999999.0/-/系统管理员/1"_s);
+        QCOMPARE(prices(ids[0]), u"12.5/11/-/-/系统管理员/1"_s);
+        QCOMPARE(prices(ids[1]), u"-/8/-/-/系统管理员/1"_s);
+        QCOMPARE(prices(ids[2]), u"-/-/99999999/-/系统管理员/1"_s);
 
         // The keys came back: an edit changes the row that the first save made.
         const QStringList keys =
             story.Stored(u"PRC_UNI_PRICE_PRODUCT"_s, u"PRICE_ID"_s, u"PRICE_ID"_s);
         story.Price(0, RetailPrice, u""_s);
         QCOMPARE(story.SavePrices(), u"保存成功！"_s);
-        QCOMPARE(prices(ids[0]), u"-/11.0/-/-/系统管理员/1"_s);
+        QCOMPARE(prices(ids[0]), u"-/11/-/-/系统管理员/1"_s);
         QCOMPARE(story.Stored(u"PRC_UNI_PRICE_PRODUCT"_s, u"PRICE_ID"_s, u"PRICE_ID"_s), keys);
         // The two rows that went along unchanged left no trace.
         QCOMPARE(story.Log(u"PRC_UNI_PRICE_PRODUCT"_s),
@@ -277,10 +275,8 @@ private slots:
         story.Price(0, u"药房价"_s, u"9.9"_s);
         QCOMPARE(story.SavePrices(), u"保存成功！"_s);
         QCOMPARE(story.Stored(u"PRC_UNI_PRICE_PRODUCT"_s,
-                              u"LAST_OPERATE||ifnull(COST_PRICE,'-')||ifnull(PRICE_01,'-')||"
-                              "PRICE_02"_s,
-                              u"PRICE_ID"_s),
-                 QStringList{u"1--9.9"_s});
+                              u"LAST_OPERATE, COST_PRICE, PRICE_01, PRICE_02"_s, u"PRICE_ID"_s),
+                 QStringList{u"1/-/-/9.9"_s});
     }
 
     void ProductThatAColleagueQuotedMeanwhileKeepsOneRecord()
@@ -301,10 +297,9 @@ private slots:
                  u"1"_s);
         story.Price(0, u"医院价"_s, u"17"_s);
         QCOMPARE(story.SavePrices(), u"保存成功！"_s);
-        QCOMPARE(story.Stored(u"PRC_UNI_PRICE_PRODUCT"_s,
-                              u"ifnull(COST_PRICE,'-')||'/'||PRICE_01||'/'||ifnull(PRICE_02,'-')"_s,
+        QCOMPARE(story.Stored(u"PRC_UNI_PRICE_PRODUCT"_s, u"COST_PRICE, PRICE_01, PRICE_02"_s,
                               u"PRICE_ID"_s),
-                 QStringList{u"-/17.0/-"_s}); // the later one's whole row
+                 QStringList{u"-/17/-"_s}); // the later one's whole row
         QCOMPARE(story.Log(u"PRC_UNI_PRICE_PRODUCT"_s),
                  QStringList({story.site.Colleague() + u"/1"_s, u"系统管理员/2"_s}));
     }

@@ -132,10 +132,11 @@ public:
     QString Order(const QString &code)
     {
         return site
-            .Select(u"SELECT LAST_OPERATE||'/'||ITEM_COUNT||'/'||(abs(ITEM_MONEY - (SELECT "
-                    "SUM(HIT_PRICE*ORD_QTY) FROM TRA_ORDER_ITEM I WHERE I.ORD_ID=O.ORD_ID AND "
-                    "I.LAST_OPERATE=O.LAST_OPERATE)) < 0.01) FROM TRA_ORDER O WHERE ORD_CODE='%1'"_s
-                        .arg(code))
+            .Select(
+                u"SELECT LAST_OPERATE, ITEM_COUNT, abs(ITEM_MONEY - (SELECT "
+                "SUM(HIT_PRICE*ORD_QTY) FROM TRA_ORDER_ITEM I WHERE I.ORD_ID=O.ORD_ID AND "
+                "I.LAST_OPERATE=O.LAST_OPERATE)) < 0.01 FROM TRA_ORDER O WHERE ORD_CODE='%1'"_s.arg(
+                    code))
             .value(0);
     }
     /// "TABLE/KEY/name/kind" of what was changed since the screen was opened.

@@ -1,15 +1,16 @@
 #include "e2e/Site.h"
 
+#include "demo/Demo.h"
 #include "host/Session.h"
+#include "store/Schema.h"
 #include "support/ScreenDriver.h"
 
+#include <QDate>
 #include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QSignalSpy>
 #include <QTest>
-
-#include <sqlite3.h>
 
 #include <csignal>
 
@@ -30,15 +31,32 @@ Host::Plugin &Library()
     return plugin;
 }
 
+/// As the server does with --demo.
+void FillSample(Store::Connection &connection)
+{
+    Store::CreateSchema(connection);
+    Demo::Fill(connection, QDate::currentDate());
+    Store::UpdateStatistics(connection);
+}
+
 } // namespace
+
+QString BeforeTheStory()
+{
+    return u'\'' + QDate::currentDate().addDays(-2).toString(Qt::ISODate) + u'\'';
+}
 
 Site::Site()
     : token_(u"0123456789abcdef0123456789abcdef"_s)
 {
     qputenv("XDG_CONFIG_HOME", folder_.path().toUtf8());
     qputenv("XDG_DATA_HOME", folder_.path().toUtf8());
-    if (!QFile::copy(QStringLiteral(QEL_SITE_SAMPLE), folder_.filePath(u"site.sqlite"_s)))
+    const QString file = folder_.filePath(u"site.sqlite"_s);
+    if (TestsRunOnPostgres())
+        postgres_ = std::make_unique<TestPostgres>(u"template_site"_s, FillSample);
+    else if (!QFile::copy(QStringLiteral(QEL_SITE_SAMPLE), file))
         qFatal("no %s: run e2e_FillSample first", QEL_SITE_SAMPLE);
+    url_ = postgres_ ? postgres_->Url() : u"sqlite:"_s + file;
     StartServer();
     QUrl url(u"http://127.0.0.1:%1"_s.arg(port_));
     url.setUserName(u"admin"_s);
@@ -95,39 +113,27 @@ QWidget *Site::OpenScreen(const QString &code)
 
 QStringList Site::DatabaseArguments() const
 {
-    return {u"--database"_s, u"sqlite:"_s + folder_.filePath(u"site.sqlite"_s)};
+    return {u"--database"_s, url_};
 }
 
 QStringList Site::Select(const QString &sql) const
 {
-    return Run(sql, SQLITE_OPEN_READONLY);
+    const auto connection = Store::Database::Open(url_)->OpenWriter();
+    const auto rows = connection->Prepare(sql.toUtf8());
+    QStringList lines;
+    while (rows->Step()) {
+        const QString null = rows->ColumnCount() > 1 ? u"-"_s : QString();
+        QStringList values;
+        for (int column = 0; column < rows->ColumnCount(); ++column)
+            values << (rows->IsNull(column) ? null : rows->ColumnText(column));
+        lines << values.join(u'/');
+    }
+    return lines;
 }
 
 void Site::Change(const QString &sql) const
 {
-    Run(sql, SQLITE_OPEN_READWRITE);
-}
-
-QStringList Site::Run(const QString &sql, int mode) const
-{
-    sqlite3 *database = nullptr;
-    const QByteArray file = folder_.filePath(u"site.sqlite"_s).toUtf8();
-    if (sqlite3_open_v2(file.constData(), &database, mode, nullptr) != SQLITE_OK)
-        FailTest(u"cannot open the site's database"_s);
-    sqlite3_busy_timeout(database, 10'000);
-    QStringList values;
-    const auto collect = [](void *list, int, char **columns, char **) {
-        static_cast<QStringList *>(list)->append(QString::fromUtf8(columns[0]));
-        return 0;
-    };
-    char *problem = nullptr;
-    sqlite3_exec(database, sql.toUtf8().constData(), collect, &values, &problem);
-    const QString said = QString::fromUtf8(problem);
-    sqlite3_free(problem);
-    sqlite3_close(database);
-    if (!said.isEmpty())
-        FailTest(said);
-    return values;
+    Store::Database::Open(url_)->OpenWriter()->Execute(sql.toUtf8());
 }
 
 // --- The other operator

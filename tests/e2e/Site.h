@@ -2,6 +2,7 @@
 
 #include "host/MainWindow.h"
 #include "host/Plugin.h"
+#include "support/TestPostgres.h"
 #include "wire/Wire.h"
 
 #include <QProcess>
@@ -11,8 +12,13 @@
 
 namespace Qel::Test {
 
-/// A whole site on one machine: a real server process on the sample database in a file, the
-/// plug-in as the host loads it, and the host's main window.
+/// As SQL text, a time later than what the sample data has in its log: what is later yet, the story
+/// did.
+QString BeforeTheStory();
+
+/// A whole site on one machine: a real server process on the sample database, in a file or, if this
+/// run of the program is so, on PostgreSQL; the plug-in as the host loads it, and the host's main
+/// window.
 class Site
 {
 public:
@@ -27,7 +33,8 @@ public:
     /// Opens a screen and waits until it is ready.
     QWidget *OpenScreen(const QString &code);
 
-    /// The first column of every row that the database file gives now, NULL as an empty text.
+    /// Every row that the database gives now, NULL as an empty text. Several columns are joined by
+    /// "/", with NULL as "-". The text is one that both databases understand.
     QStringList Select(const QString &sql) const;
     /// What another program of the site does to the database meanwhile.
     void Change(const QString &sql) const;
@@ -37,11 +44,12 @@ public:
     QString Colleague() const; ///< that operator's USER_NAME
 
 private:
-    QStringList Run(const QString &sql, int mode) const;
     QStringList DatabaseArguments() const;
     void SignColleagueIn();
 
     QTemporaryDir folder_;
+    std::unique_ptr<TestPostgres> postgres_; ///< null on SQLite
+    QString url_;
     QString token_;
     quint16 port_ = 0;
     QString colleagueCode_; ///< empty until they are needed

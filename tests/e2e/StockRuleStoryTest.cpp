@@ -27,8 +27,8 @@ QString IdOf(const Site &site, const QString &orgName)
 QStringList Log(const Site &site, const QString &table, const QString &orgId)
 {
     return site.Select(u"SELECT USER_NAME||'/'||OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME="
-                       "'%1' AND KEY_ID1='%2' AND OPTION_DATE > DATE('now', '-2 days')"
-                       " ORDER BY CAST(LOG_ID AS INTEGER)"_s.arg(table, orgId));
+                       "'%1' AND KEY_ID1='%2' AND OPTION_DATE > %3"
+                       " ORDER BY CAST(LOG_ID AS INTEGER)"_s.arg(table, orgId, BeforeTheStory()));
 }
 
 /// The permissions' screen, and one owner of the sample database whose stock is opened.
@@ -143,7 +143,7 @@ public:
     QStringList Stored(const QString &orgName) const
     {
         return site.Select(
-            u"SELECT RULE_CODE||'='||ifnull(RULE_VALUE,'') FROM UNI_ORG_RULE WHERE"
+            u"SELECT RULE_CODE||'='||COALESCE(RULE_VALUE,'') FROM UNI_ORG_RULE WHERE"
             " ORG_ID='%1' AND LAST_OPERATE<>'D' ORDER BY RULE_CODE"_s.arg(IdOf(site, orgName)));
     }
 

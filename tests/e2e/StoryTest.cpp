@@ -16,7 +16,8 @@ const QString EditedGroup = u"SELECT %1 FROM UNI_UNION WHERE UNION_CODE='000101'
 const QString LogOfEditedGroup =
     u"SELECT USER_NAME || '/' || OPTION_TYPE FROM SYS_UPDATE_LOG WHERE TABLE_NAME='UNI_UNION' AND "
     "KEY_ID1=(SELECT UNION_ID FROM UNI_UNION WHERE UNION_CODE='000101') AND "
-    "OPTION_DATE > DATE('now', '-2 days')"_s;
+    "OPTION_DATE > "_s +
+    BeforeTheStory();
 
 QAbstractItemModel &TreeModel(QWidget *screen)
 {
@@ -99,7 +100,7 @@ private slots:
         });
         Trigger(screen, u"UniNew"_s);
         QCOMPARE(proposed, u"0009"_s);
-        QCOMPARE(site.Select(u"SELECT UNION_NAME || ifnull(PARENT_ID,'-') FROM UNI_UNION WHERE "
+        QCOMPARE(site.Select(u"SELECT UNION_NAME || COALESCE(PARENT_ID,'-') FROM UNI_UNION WHERE "
                              "UNION_CODE='0009' AND LAST_OPERATE<>'D'"_s),
                  QStringList{u"西北地区采购联合体-"_s});
     }

@@ -58,10 +58,9 @@ public:
     QStringList Log(const QString &userCode)
     {
         return site.Select(u"SELECT USER_NAME||'/'||OPTION_TYPE FROM SYS_UPDATE_LOG WHERE"
-                           " TABLE_NAME='UNI_USER_UNION' AND OPTION_DATE > DATE('now', '-2 days')"
-                           " AND KEY_ID1="_s +
-                           IdOf(userCode) + u" AND KEY_ID2="_s + TheGroup +
-                           u" ORDER BY CAST(LOG_ID AS INTEGER)"_s);
+                           " TABLE_NAME='UNI_USER_UNION' AND OPTION_DATE > "_s +
+                           BeforeTheStory() + u" AND KEY_ID1="_s + IdOf(userCode) +
+                           u" AND KEY_ID2="_s + TheGroup + u" ORDER BY CAST(LOG_ID AS INTEGER)"_s);
     }
     /// What the other operator does to the user and this group meanwhile.
     QString Colleague(const QString &method, const QString &userCode)

@@ -19,8 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Fewest = 100;
-constexpr int MostAtOnce = 2'000;
+constexpr int Fewest = 30;
+constexpr int WorthCounting = 200;
+constexpr int MostAtOnce = 500;
 constexpr int RowsOfSample = 60;
 constexpr int LargeTable = 1'500; ///< rows
 constexpr int RowsOfValue = 20;   ///< that a value of a column to join by stands in, at most
@@ -187,8 +188,9 @@ private slots:
               " %d stopped, %lld rows), no difference",
               seed, round, clock.elapsed() / 1000, counts_.answered, counts_.empty, counts_.refused,
               counts_.stopped, counts_.rows);
-        QVERIFY2(counts_.answered > round * 3 / 4 && counts_.empty < counts_.answered * 3 / 4 &&
-                     counts_.stopped < round / 10,
+        QVERIFY2(round < WorthCounting ||
+                     (counts_.answered > round * 3 / 4 &&
+                      counts_.empty < counts_.answered * 3 / 4 && counts_.stopped < round / 10),
                  "the statements try little");
     }
 
