@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <unistd.h>
+
 #include <array>
 #include <memory>
 
@@ -43,6 +45,8 @@ public:
         replace("127.0.0.1:8480", port_);
         replace("127.0.0.1:8481", first);
         replace("127.0.0.1:8482", second);
+        if (geteuid() != 0) // who cannot become another user anyway
+            text.replace("    user haproxy\n    group haproxy\n", "");
         used.write(text);
         used.close();
         const QString program = QStandardPaths::findExecutable(
