@@ -122,23 +122,20 @@ std::optional<Operator> FindOperator(Connection &connection, const QString &user
     // The reading role of PostgreSQL sees no tokens; a function of the schema does the same for it
     // (schema/postgresql.sql).
     const bool sqlite = connection.CurrentDialect() == Dialect::Sqlite;
-    const auto statement = connection.Prepare(
+    const auto row = connection.QueryRow(
         !sqlite ? "SELECT * FROM QEL_OPERATOR(?1, ?2, ?3)"
                 : "SELECT U.USER_ID, U.USER_CODE, U.USER_NAME, U.ORG_ID, O.ORG_ABBR, O.ORG_NAME,"
                   " T.UNIONS FROM SRV_TOKEN T JOIN USR_USER U ON U.USER_CODE = T.USER_CODE"
                   " LEFT JOIN BAS_ORG O ON O.ORG_ID = U.ORG_ID"
                   " WHERE T.USER_CODE = ?1 AND T.TOKEN_HASH = ?2"
                   " AND (T.EXPIRES IS NULL OR T.EXPIRES > ?3)"
-                  " AND U.ENABLE_FLAG = '1' AND U.LAST_OPERATE <> 'D'");
-    statement->Bind(1, userCode);
-    statement->Bind(2, HashOf(token));
-    statement->Bind(3, Now());
-    if (!statement->Step())
+                  " AND U.ENABLE_FLAG = '1' AND U.LAST_OPERATE <> 'D'",
+        {userCode, HashOf(token), Now()});
+    if (!row)
         return std::nullopt;
-    Operator found{statement->ColumnText(0), statement->ColumnText(1), statement->ColumnText(2),
-                   statement->ColumnText(3), statement->ColumnText(4), statement->ColumnText(5)};
-    if (!statement->IsNull(6))
-        found.unions = statement->ColumnText(6).split(u',');
+    Operator found{(*row)[0], (*row)[1], (*row)[2], (*row)[3], (*row)[4], (*row)[5]};
+    if (!row->at(6).isEmpty())
+        found.unions = row->at(6).split(u',');
     return found;
 }
 

@@ -95,8 +95,10 @@ QByteArray CaseCollation(Connection &connection)
 /// The functions of the query language; SQLite has them in the program.
 void CreateFunctions(Connection &connection)
 {
-    connection.Execute(
-        ReadResource(u":/schema/postgresql.sql"_s).replace("@CASE@", CaseCollation(connection)));
+    const QString schema = connection.QueryText("SELECT quote_ident(current_schema())").value();
+    connection.Execute(ReadResource(u":/schema/postgresql.sql"_s)
+                           .replace("@CASE@", CaseCollation(connection))
+                           .replace("@SCHEMA@", schema.toUtf8()));
 }
 
 /// What SRV_NEW_KEY counts with, for every table that such a key suits.
