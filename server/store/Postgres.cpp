@@ -187,6 +187,7 @@ public:
     void Commit() override
     {
         MakeReady();
+        session_.ThrowOverlooked("COMMIT");
         // PostgreSQL answers this one with a quiet ROLLBACK.
         if (session_.IsInFailedTransaction())
             throw EStoreError(EStoreError::Kind::Failure, u"事务中已有语句失败，不能提交。"_s);

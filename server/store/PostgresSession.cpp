@@ -193,6 +193,7 @@ void PostgresSession::Commit()
 
 void PostgresSession::Prepare(const QByteArray &name, const QByteArray &sql)
 {
+    ThrowOverlooked(sql);
     onStop_ = OnStop::Cancel;
     Sent(connection_
              ? PQsendPrepare(connection_.get(), name.constData(), sql.constData(), 0, nullptr)
@@ -219,6 +220,7 @@ void PostgresSession::Start(const QByteArray &name,
     values.reserve(parameters.size());
     for (const PostgresParameter &parameter : parameters)
         values.push_back(parameter ? parameter->constData() : nullptr);
+    ThrowOverlooked({});
     onStop_ = OnStop::Cancel;
     Sent(connection_ ? PQsendQueryPrepared(connection_.get(), name.constData(),
                                            static_cast<int>(values.size()), values.data(), nullptr,
@@ -277,7 +279,10 @@ void PostgresSession::Copy(const QByteArray &sql,
 void PostgresSession::Abandon(bool mayCancel) noexcept
 {
     try {
-        for (int rest = 0; Wait(); ++rest) {
+        PostgresResult result = Wait();
+        for (int rest = 0; result; ++rest, result = Wait()) {
+            if (PQresultStatus(result.get()) == PGRES_FATAL_ERROR && !cancelled_)
+                overlooked_ = std::move(result);
             if (rest == RestWorthReading && mayCancel && !cancelled_)
                 Cancel();
         }
@@ -359,6 +364,13 @@ void PostgresSession::Sent(int result)
     if (IsBroken())
         FailLost({});
     Throw(Kind::Failure, u"-"_s, TextOf(PQerrorMessage(connection_.get())), {}, {});
+}
+
+void PostgresSession::ThrowOverlooked(QByteArrayView sql)
+{
+    if (overlooked_ && IsInFailedTransaction())
+        Fail(std::exchange(overlooked_, nullptr), sql);
+    overlooked_.reset();
 }
 
 void PostgresSession::Fail(PostgresResult result, QByteArrayView sql)

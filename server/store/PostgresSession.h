@@ -43,6 +43,9 @@ public:
     bool IsBroken() const;
     int Generation() const { return generation_; } ///< grows with every Open
     bool IsInFailedTransaction() const;
+    /// If the transaction failed behind the rows that somebody wanted of a statement, as it does
+    /// when a conflict is found at its end: throws that failure. The next statement does it too.
+    void ThrowOverlooked(QByteArrayView sql);
     bool IsStandby() const; ///< as the server last said
 
     void StopWhen(std::function<bool()> condition) { stop_ = std::move(condition); }
@@ -96,6 +99,7 @@ private:
     std::optional<std::chrono::steady_clock::time_point> cancelled_; ///< the running statement
     bool cancelArrived_ = false;
     qint64 changedRows_ = 0;
+    PostgresResult overlooked_; ///< see ThrowOverlooked
 };
 
 } // namespace Qel::Store

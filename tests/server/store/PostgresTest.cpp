@@ -251,6 +251,27 @@ private slots:
         QCOMPARE(data.Number(CountOrganisations), 8);
     }
 
+    void FailureBehindTheWantedRowsIsThrownByTheNextStatement()
+    {
+        TestDatabase data;
+        const QByteArray failsAtItsThirdRow =
+            "SELECT 1 / (3 - N) FROM generate_series(1, 3) AS G (N)";
+        const auto wantOneRow = [&] { return data.Connection().Exists(failsAtItsThirdRow); };
+        {
+            Store::Transaction transaction(data.Connection());
+            QVERIFY(wantOneRow());
+            QCOMPARE(KindOf([&] { data.Connection().Exists(CountOrganisations); }),
+                     EStoreError::Kind::BadValue);
+        }
+        {
+            Store::Transaction transaction(data.Connection());
+            QVERIFY(wantOneRow());
+            QCOMPARE(KindOf([&] { transaction.Commit(); }), EStoreError::Kind::BadValue);
+        }
+        QVERIFY(wantOneRow()); // outside of a transaction nothing has failed with it
+        QVERIFY(data.Connection().Exists(CountOrganisations));
+    }
+
     void TellsErrorsApart_data()
     {
         using Kind = EStoreError::Kind;
