@@ -223,7 +223,9 @@ public:
     bool MayCancel() const { return access_ == Access::Read || !inTransaction_; }
 
 private:
-    /// A COMMIT has no such limit: ended while it waits for a copy of the database, it is one.
+    /// A COMMIT has no such limit: ended while it waits for a copy of the database, it is one. What
+    /// reads a whole table in a SERIALIZABLE transaction conflicts with whoever writes into it; the
+    /// methods look rows up by keys, and shall do so in small tables too.
     static QByteArray SetUp(Access access, std::chrono::milliseconds time)
     {
         QByteArray setUp = CommonSetUp;
@@ -231,6 +233,8 @@ private:
             setUp += "; SET statement_timeout = " +
                      QByteArray::number(static_cast<qint64>(time.count())) +
                      "; SET default_transaction_read_only = on; SET ROLE " + PostgresReaderRole;
+        else
+            setUp += "; SET enable_seqscan = off";
         return setUp;
     }
 

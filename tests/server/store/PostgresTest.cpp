@@ -272,6 +272,13 @@ private slots:
         QVERIFY(data.Connection().Exists(CountOrganisations));
     }
 
+    void LooksRowsUpByIndexWhereItWrites()
+    {
+        TestDatabase data;
+        const QString plan = data.Text("EXPLAIN SELECT 1 FROM UNI_UNION WHERE UNION_ID = '300001'");
+        QVERIFY2(plan.contains("Index"_L1), qUtf8Printable(plan));
+    }
+
     void TellsErrorsApart_data()
     {
         using Kind = EStoreError::Kind;
