@@ -1,5 +1,7 @@
 #include "remote/RemoteCall.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace Qel {
@@ -8,12 +10,8 @@ using Kind = ERemoteError::Kind;
 
 namespace {
 
-/// Statuses with which a server says that it did not decide: the request may yet take effect, or
-/// be asked again as it was.
-bool IsUndecided(int status)
-{
-    return status == 408 || status == 409 || status == 425 || status == 429 || status >= 500;
-}
+/// Codes of the protocol that say with status 503 that nothing of the request was done.
+constexpr QStringView nothingDone[] = {u"post.not_done", u"server.busy", u"server.stopping"};
 
 QString ServerOf(const QUrl &url)
 {
@@ -26,21 +24,45 @@ ERemoteError RemoteCall::Error(Kind kind, Effect effect, const QString &reason,
                                const ERemoteError::Facts &known) const
 {
     QString text = (isPost ? u"保存失败："_s : u"查询失败："_s) + reason;
-    if (isPost && effect == Effect::Open)
+    ERemoteError::Facts all = known;
+    all.mayBeStored =
+        isPost && (effect == Effect::Possible || (effect == Effect::NotNow && mayBeStored));
+    if (all.mayBeStored)
         text += u"服务器可能已经保存；用相同的内容再保存一次，不会重复存入。"_s;
-    return ERemoteError(kind, text, known);
+    return ERemoteError(kind, text, all);
+}
+
+/// A refusal for what the post is holds for each time that it was sent; one for who sends it, or
+/// when, for this time only.
+RemoteCall::Effect RemoteCall::EffectOf(int status, const QString &code)
+{
+    switch (status) {
+    case 401:
+    case 403:
+    case 429:
+        return Effect::NotNow;
+    case 408:
+    case 409:
+    case 425:
+        return Effect::Possible; // the server did not decide
+    case 503:
+        return std::ranges::find(nothingDone, code) != std::end(nothingDone) ? Effect::NotNow
+                                                                             : Effect::Possible;
+    default:
+        return status < 500 ? Effect::Never : Effect::Possible;
+    }
 }
 
 ERemoteError RemoteCall::Cancelled() const
 {
-    return Error(Kind::Cancelled, Effect::Open, u"已取消。"_s, facts);
+    return Error(Kind::Cancelled, Effect::Possible, u"已取消。"_s, facts);
 }
 
 ERemoteError RemoteCall::Malformed(const QString &cause) const
 {
     ERemoteError::Facts known = facts;
     known.cause = cause;
-    return Error(Kind::MalformedAnswer, Effect::Open, u"服务器的回答无法识别。"_s, known);
+    return Error(Kind::MalformedAnswer, Effect::Possible, u"服务器的回答无法识别。"_s, known);
 }
 
 ERemoteError RemoteCall::Failed(Exchange &exchange) const
@@ -51,11 +73,11 @@ ERemoteError RemoteCall::Failed(Exchange &exchange) const
     const QString trouble = u"%1（%2）。"_s.arg(exchange.TroubleText(), ServerOf(request.url));
     switch (exchange.Result()) {
     case Exchange::Outcome::NotSent:
-        return Error(Kind::Transport, Effect::None, trouble, known);
+        return Error(Kind::Transport, Effect::NotNow, trouble, known);
     case Exchange::Outcome::Broken:
-        return Error(Kind::Transport, Effect::Open, trouble, known);
+        return Error(Kind::Transport, Effect::Possible, trouble, known);
     case Exchange::Outcome::TimedOut:
-        return Error(Kind::TimeOut, Effect::Open, trouble, known);
+        return Error(Kind::TimeOut, Effect::Possible, trouble, known);
     case Exchange::Outcome::Garbled:
         return Malformed(known.cause);
     case Exchange::Outcome::Answered:
@@ -68,7 +90,6 @@ ERemoteError RemoteCall::Failed(Exchange &exchange) const
 
 ERemoteError RemoteCall::Refused(Exchange &exchange, ERemoteError::Facts known) const
 {
-    const Effect effect = IsUndecided(known.httpStatus) ? Effect::Open : Effect::None;
     if (const auto format = exchange.BodyFormat()) {
         try {
             const Wire::ErrorAnswer answer = Wire::DecodeErrorAnswer(exchange.TakeBody(), *format);
@@ -77,18 +98,19 @@ ERemoteError RemoteCall::Refused(Exchange &exchange, ERemoteError::Facts known) 
             QString reason = answer.message;
             if (!answer.reference.isEmpty())
                 reason += u"（参考号 %1）"_s.arg(answer.reference);
-            return Error(Kind::ServerMessage, effect, reason, known);
+            return Error(Kind::ServerMessage, EffectOf(known.httpStatus, known.code), reason,
+                         known);
         } catch (const EQelError &error) {
             known.cause = error.Message();
         }
     }
-    return Error(Kind::HttpStatus, effect, u"服务器返回 HTTP 状态 %1。"_s.arg(known.httpStatus),
-                 known);
+    return Error(Kind::HttpStatus, EffectOf(known.httpStatus, {}),
+                 u"服务器返回 HTTP 状态 %1。"_s.arg(known.httpStatus), known);
 }
 
 bool IsDefinite(const ERemoteError &error)
 {
-    return error.ErrorKind() == Kind::ServerMessage && !IsUndecided(error.HttpStatus());
+    return error.ErrorKind() == Kind::ServerMessage && !error.MayBeStored();
 }
 
 } // namespace Qel

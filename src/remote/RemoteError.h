@@ -29,9 +29,10 @@ public:
         QString statement; ///< of a query
         QString method;    ///< of a post: "manager.method"
         int httpStatus = 0;
-        QString code;      ///< the server's short code, e.g. "sql.unknown_table"
-        QString reference; ///< finds the entry in the server's log
-        QString cause;     ///< what the network or the decoder said
+        QString code;             ///< the server's short code, e.g. "sql.unknown_table"
+        QString reference;        ///< finds the entry in the server's log
+        QString cause;            ///< what the network or the decoder said
+        bool mayBeStored = false; ///< a post, and nobody knows that it had no effect
     };
 
     ERemoteError(Kind kind, const QString &message);
@@ -41,6 +42,7 @@ public:
     int HttpStatus() const noexcept { return facts_.httpStatus; }
     const QString &Code() const noexcept { return facts_.code; }
     const QString &Reference() const noexcept { return facts_.reference; }
+    bool MayBeStored() const noexcept { return facts_.mayBeStored; }
 
     /// Several lines for a details section, to be copied: address, statement or method, status,
     /// the server's code and reference, the cause. Only what is known.

@@ -127,6 +127,7 @@ void TSoapCtrl::PostDataList(const QString &manager, const QString &method,
     call.facts.method = manager + u'.' + method;
     call.request.body = Wire::Encode(post, Wire::Format::Cbor);
     call.request.idempotencyKey = KeyFor(post);
+    call.mayBeStored = unanswered_->mayBeStored;
     const QByteArray earlierPosition = std::exchange(position_, LatestPosition);
     try {
         const WireBody body = Run(call);
@@ -135,10 +136,12 @@ void TSoapCtrl::PostDataList(const QString &manager, const QString &method,
         position_ = body.position.isEmpty() ? earlierPosition : body.position;
         unanswered_.reset();
     } catch (const ERemoteError &error) {
-        if (IsDefinite(error)) {
+        if (!error.MayBeStored())
             position_ = earlierPosition;
+        if (IsDefinite(error))
             unanswered_.reset();
-        }
+        else
+            unanswered_->mayBeStored = error.MayBeStored();
         throw;
     }
 }
@@ -163,7 +166,7 @@ RemoteCall TSoapCtrl::NewCall(const QString &servlet) const
     return call;
 }
 
-WireBody TSoapCtrl::Run(const RemoteCall &call)
+WireBody TSoapCtrl::Run(RemoteCall &call)
 {
     const QScopedValueRollback<bool> running(running_, true);
     if (!shield_)
@@ -178,6 +181,7 @@ WireBody TSoapCtrl::Run(const RemoteCall &call)
         if (exchange.Result() == Exchange::Outcome::Broken && mayRepeat) {
             // Over a connection of its own: one that is about to notice its end must not have it.
             Network().clearConnectionCache();
+            call.mayBeStored = call.isPost;
             continue; // a query may be repeated, and a post has its key
         }
         const std::optional<Wire::Format> format = exchange.BodyFormat();

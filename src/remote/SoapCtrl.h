@@ -73,10 +73,11 @@ private:
     {
         Wire::PostRequest post;
         QByteArray key;
+        bool mayBeStored = false;
     };
 
     RemoteCall NewCall(const QString &servlet) const;
-    WireBody Run(const RemoteCall &call);
+    WireBody Run(RemoteCall &call);
     QByteArray KeyFor(const Wire::PostRequest &post);
     QNetworkAccessManager &Network();
 

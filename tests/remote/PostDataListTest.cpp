@@ -232,6 +232,69 @@ private slots:
         QVERIFY2(error->Message().contains(u"不会重复存入"_s), error->what());
     }
 
+    void RefusalBeforeAnythingWasDoneDoesNotSpeakOfSaving_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("code");
+        QTest::newRow("too many failed log-ins") << 429 << u"auth.too_many"_s;
+        QTest::newRow("no room") << 503 << u"server.busy"_s;
+        QTest::newRow("stopping") << 503 << u"server.stopping"_s;
+        QTest::newRow("others stored the same") << 503 << u"post.not_done"_s;
+        QTest::newRow("no credential") << 401 << u"auth.refused"_s;
+        QTest::newRow("not for this operator") << 403 << u"post.scope"_s;
+    }
+    void RefusalBeforeAnythingWasDoneDoesNotSpeakOfSaving()
+    {
+        QFETCH(int, status);
+        QFETCH(QString, code);
+        server_->OnPost(u"m"_s).Error(status, code, u"请稍后再试。"_s, u"R1"_s).Times(1);
+        server_->OnPost(u"m"_s).Code(u"1"_s);
+        const auto error = RaisedByPost(u"a"_s);
+        QVERIFY(error);
+        QCOMPARE(error->Message(), u"保存失败：请稍后再试。（参考号 R1）"_s);
+        QVERIFY(!error->MayBeStored());
+        const QString key = server_->LastPost().key;
+        Post(u"a"_s); // another post: nothing came of the first
+        QVERIFY(server_->LastPost().key != key);
+    }
+
+    void RefusalBeforeAnythingWasDoneLeavesAnEarlierSendingOpen_data()
+    {
+        RefusalBeforeAnythingWasDoneDoesNotSpeakOfSaving_data();
+    }
+    void RefusalBeforeAnythingWasDoneLeavesAnEarlierSendingOpen()
+    {
+        QFETCH(int, status);
+        QFETCH(QString, code);
+        server_->OnPost(u"m"_s).BreakConnection().Times(1); // stored or not, nobody knows
+        server_->OnPost(u"m"_s).Error(status, code, u"请稍后再试。"_s, u"R1"_s).Times(2);
+        server_->OnPost(u"m"_s).Code(u"1"_s);
+        for (int time = 0; time < 2; ++time) { // repeated by itself, then by the user
+            const auto error = RaisedByPost(u"a"_s);
+            QVERIFY(error);
+            QCOMPARE(
+                error->Message(),
+                u"保存失败：请稍后再试。（参考号 R1）服务器可能已经保存；用相同的内容再保存一次，"
+                "不会重复存入。"_s);
+            QVERIFY(error->MayBeStored());
+        }
+        Post(u"a"_s);
+        QCOMPARE(server_->Posts().size(), 4);
+        for (const auto &post : server_->Posts())
+            QCOMPARE(post.key, server_->Posts().first().key);
+    }
+
+    void ServerThatWentAwayAfterABrokenConnectionMayHaveSaved()
+    {
+        server_->OnPost(u"m"_s).HoldUntilReleased();
+        connect(server_.get(), &ScriptedServer::RequestArrived, server_.get(),
+                &ScriptedServer::Stop, Qt::QueuedConnection);
+        const auto error = RaisedByPost(u"a"_s);
+        QVERIFY(error);
+        QVERIFY2(error->Message().startsWith(u"保存失败：服务器拒绝连接"_s), error->what());
+        QVERIFY2(error->Message().endsWith(u"不会重复存入。"_s), error->what());
+    }
+
     void QueriesCarryThePositionOfTheLastPost()
     {
         server_->OnAnyQuery().Answer(Rows({u"A"_s}, {}));
