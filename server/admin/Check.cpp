@@ -70,6 +70,9 @@ void CheckIndexes(Store::Connection &connection, const Sql::Table &table, Findin
 void CheckSearchObjects(Store::Connection &connection, const Sql::Table &table,
                         FindingList &findings)
 {
+    if (connection.CurrentDialect() == Store::Dialect::PostgreSql &&
+        !Store::HasTrigrams(connection))
+        return; // told once for all
     for (const Store::SearchObject &object :
          Store::SearchObjectsOf(table, connection.CurrentDialect())) {
         const QString name = QString::fromLatin1(object.name);
@@ -77,7 +80,7 @@ void CheckSearchObjects(Store::Connection &connection, const Sql::Table &table,
         if (!stored)
             findings.Add("schema.search", name,
                          u"检索索引缺少这一部分，请执行 qel-server reindex"_s);
-        else if (*stored != QString::fromLatin1(object.sql))
+        else if (*stored != QString::fromLatin1(object.form))
             findings.Add("schema.search", name,
                          u"检索索引的这一部分被改动过，请执行 qel-server reindex"_s);
     }

@@ -2,6 +2,7 @@
 
 #include "store/Postgres.h"
 #include "store/Schema.h"
+#include "store/SearchIndex.h"
 
 #include <algorithm>
 
@@ -37,6 +38,14 @@ void CheckSettings(Store::Connection &connection, FindingList &findings)
             .value_or(QString());
     if (kind.isEmpty())
         findings.Add("server.collation", u"LC_CTYPE"_s, u"数据库没有字符分类"_s);
+    if (kind == "C"_L1 || kind == "POSIX"_L1)
+        findings.Add("server.collation", u"LC_CTYPE"_s,
+                     u"字符分类是 %1：检索索引不认汉字，检索要读整个表"_s.arg(kind));
+    if (!Store::HasTrigrams(connection))
+        findings.Add("schema.search", QString::fromLatin1(Store::TrigramExtension),
+                     u"没有这个扩展，检索要读整个表；请安装它，由超级用户执行 CREATE SCHEMA IF NOT"
+                     " EXISTS qel_search; CREATE EXTENSION pg_trgm SCHEMA qel_search; 再执行"
+                     " qel-server reindex"_s);
 }
 
 void CheckFunctions(Store::Connection &connection, FindingList &findings)
@@ -110,6 +119,7 @@ void CheckRoleFunctions(Store::Connection &connection, FindingList &findings)
         " WHERE provolatile = 'v' AND prokind IN ('f', 'p')"
         " AND prorettype NOT IN ('trigger'::regtype, 'event_trigger'::regtype)"
         " AND proname <> 'pg_last_wal_replay_lsn'"
+        " AND has_schema_privilege(pg_roles.oid, pg_proc.pronamespace, 'USAGE')"
         " AND has_function_privilege(pg_roles.oid, pg_proc.oid, 'EXECUTE')",
         {role});
     if (found && found->first() != "0"_L1)

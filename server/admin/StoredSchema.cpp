@@ -68,7 +68,15 @@ std::optional<QString> StoredIndex(Store::Connection &connection, const QString 
 
 std::optional<QString> StoredSearchObject(Store::Connection &connection, const QString &name)
 {
-    return connection.QueryText("SELECT sql FROM sqlite_master WHERE name = ?1", {name});
+    return connection.QueryText(
+        ByDialect(connection, "SELECT sql FROM sqlite_master WHERE name = ?1",
+                  "SELECT upper(A.amname) || ' (' || string_agg(upper(pg_get_indexdef("
+                  "I.indexrelid, K, true)), ', ' ORDER BY K) || ')'"
+                  " FROM pg_index I JOIN pg_class C ON C.oid = I.indexrelid"
+                  " JOIN pg_am A ON A.oid = C.relam, generate_series(1, I.indnatts) K"
+                  " WHERE I.indexrelid = to_regclass(lower(?1::text)) AND I.indisvalid"
+                  " GROUP BY A.amname"),
+        {name});
 }
 
 } // namespace Qel::Admin

@@ -28,7 +28,8 @@ QString StoredKey(Store::Connection &connection, const QString &table);
 std::optional<QString> StoredIndex(Store::Connection &connection, const QString &table,
                                    const QString &name);
 
-/// What made the part of a search index with this name; nothing: it is not there.
+/// The form of the part of a search index with this name; nothing: it is not there, or cannot be
+/// used.
 std::optional<QString> StoredSearchObject(Store::Connection &connection, const QString &name);
 
 } // namespace Qel::Admin

@@ -261,11 +261,20 @@ void UpdateStatistics(Connection &connection)
         connection.Execute("ANALYZE");
         return;
     }
-    // PostgreSQL keeps its own up to date, but for tables that have just been filled. How many rows
-    // one has it knows from the making of an index already, what is in them it does not.
+    // PostgreSQL keeps its own up to date, but for tables that have just been filled and for what a
+    // new index is over. How many rows a table has it knows from the making of an index already,
+    // what is in them it does not.
+    const auto isUnknown = [&](const QString &name) {
+        return !connection.Exists("SELECT 1 FROM pg_stats WHERE tablename = lower(?1)", {name});
+    };
     for (const Sql::Table &table : SchemaCatalog().Tables()) {
         const QString name = QString::fromStdString(table.name);
-        if (!connection.Exists("SELECT 1 FROM pg_stats WHERE tablename = lower(?1)", {name}))
+        bool needed = isUnknown(name);
+        for (const SearchObject &object : SearchObjectsOf(table, Dialect::PostgreSql)) {
+            const QString index = QString::fromLatin1(object.name);
+            needed = needed || (HasTable(connection, index) && isUnknown(index));
+        }
+        if (needed)
             connection.Execute("ANALYZE " + name.toUtf8());
     }
 }

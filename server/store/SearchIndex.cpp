@@ -45,13 +45,15 @@ QList<SearchObject> GramTable(const Sql::Table &table)
     const QByteArray remove = "INSERT INTO " + grams + " (" + grams +
                               ", rowid, GRAMS) VALUES ('delete', old.rowid, " +
                               GramsCall(table, "old.") + "); ";
-    QList<SearchObject> objects{{grams, "CREATE VIRTUAL TABLE " + grams +
-                                            " USING fts5(GRAMS, content='', columnsize=0,"
-                                            " detail=none, tokenize='ascii')"}};
+    const QByteArray create = "CREATE VIRTUAL TABLE " + grams +
+                              " USING fts5(GRAMS, content='', columnsize=0, detail=none,"
+                              " tokenize='ascii')";
+    QList<SearchObject> objects{{grams, create, create}};
     const auto trigger = [&](const char *suffix, const QByteArray &event, const QByteArray &body) {
         const QByteArray triggerName = grams + suffix;
-        objects += {triggerName,
-                    "CREATE TRIGGER " + triggerName + " AFTER " + event + " BEGIN " + body + "END"};
+        const QByteArray sql =
+            "CREATE TRIGGER " + triggerName + " AFTER " + event + " BEGIN " + body + "END";
+        objects += {triggerName, sql, sql};
     };
     trigger("_I", "INSERT ON " + name, add);
     trigger("_D", "DELETE ON " + name, remove);
@@ -62,38 +64,91 @@ QList<SearchObject> GramTable(const Sql::Table &table)
     return objects;
 }
 
+/// The planner finds it for the conditions as they are printed, one column or several. New entries
+/// go to their places at once: a list of pending ones, which is quicker to write, is read through
+/// by every search, and the planner then prefers the table.
+SearchObject TrigramIndex(const Sql::Table &table)
+{
+    const QByteArray name = "IX_" + QByteArray::fromStdString(table.name) + "_PARTS";
+    const QByteArray columns = "QEL_UPPER(" + SearchedColumns(table).join("), QEL_UPPER(") + ')';
+    QByteArray keys = columns;
+    keys.replace(")", ") QEL_SEARCH.GIN_TRGM_OPS");
+    return {name,
+            "CREATE INDEX " + name + " ON " + QByteArray::fromStdString(table.name) +
+                " USING GIN (" + keys + ") WITH (fastupdate = off)",
+            "GIN (" + columns + ')'};
+}
+
+/// Makes the extension if that is allowed, in a schema of its own: everybody may call its functions
+/// who may look there, and one of them has an effect.
+void MakeTrigrams(Connection &connection)
+{
+    if (HasTrigrams(connection))
+        return;
+    try {
+        Savepoint savepoint(connection);
+        connection.Execute("CREATE SCHEMA IF NOT EXISTS QEL_SEARCH");
+        connection.Execute(QByteArray("CREATE EXTENSION ") + TrigramExtension +
+                           " SCHEMA QEL_SEARCH");
+        savepoint.Keep();
+    } catch (const EStoreError &error) {
+        if (error.WhichKind() != EStoreError::Kind::Failure)
+            throw;
+    }
+}
+
+void FillGrams(Connection &connection, const Sql::Table &table)
+{
+    connection.Execute("INSERT INTO " + QByteArray::fromStdString(Sql::GramTableOf(table.name)) +
+                       " (rowid, GRAMS) SELECT rowid, " + GramsCall(table) + " FROM " +
+                       QByteArray::fromStdString(table.name));
+}
+
+constexpr char SqliteDrops[] =
+    "SELECT 'DROP ' || type || ' ' || name FROM sqlite_master WHERE name GLOB 'QEL_GRAMS_*'"
+    " AND (type = 'trigger' OR sql LIKE 'CREATE VIRTUAL TABLE %') ORDER BY type DESC";
+constexpr char PostgresDrops[] =
+    "SELECT 'DROP INDEX ' || indexname FROM pg_indexes WHERE schemaname = current_schema()"
+    " AND indexname LIKE 'ix\\_%\\_parts'";
+
 } // namespace
 
 QList<SearchObject> SearchObjectsOf(const Sql::Table &table, Dialect dialect)
 {
-    if (table.searched.empty() || dialect != Dialect::Sqlite)
+    if (table.searched.empty())
         return {};
-    return GramTable(table);
+    return dialect == Dialect::Sqlite ? GramTable(table) : QList{TrigramIndex(table)};
+}
+
+bool HasTrigrams(Connection &connection)
+{
+    return connection.Exists("SELECT 1 FROM pg_opclass WHERE opcname = 'gin_trgm_ops'"
+                             " AND opcnamespace = to_regnamespace('qel_search')");
 }
 
 void CreateSearchIndexes(Connection &connection)
 {
+    const Dialect dialect = connection.CurrentDialect();
+    if (dialect == Dialect::PostgreSql) {
+        MakeTrigrams(connection);
+        if (!HasTrigrams(connection))
+            return;
+    }
     for (const Sql::Table &table : SchemaCatalog().Tables()) {
-        const auto objects = SearchObjectsOf(table, connection.CurrentDialect());
+        const auto objects = SearchObjectsOf(table, dialect);
         for (const SearchObject &object : objects)
             connection.Execute(object.sql);
-        if (!objects.isEmpty())
-            connection.Execute("INSERT INTO " + objects.first().name +
-                               " (rowid, GRAMS) SELECT rowid, " + GramsCall(table) + " FROM " +
-                               QByteArray::fromStdString(table.name));
+        if (dialect == Dialect::Sqlite && !objects.isEmpty())
+            FillGrams(connection, table);
     }
 }
 
 void DropSearchIndexes(Connection &connection)
 {
-    if (connection.CurrentDialect() != Dialect::Sqlite)
-        return;
     QStringList drops;
     {
         const auto found = connection.Prepare(
-            "SELECT 'DROP ' || type || ' ' || name FROM sqlite_master"
-            " WHERE name GLOB 'QEL_GRAMS_*'"
-            " AND (type = 'trigger' OR sql LIKE 'CREATE VIRTUAL TABLE %') ORDER BY type DESC");
+            connection.CurrentDialect() == Dialect::Sqlite ? SqliteDrops : PostgresDrops);
         while (found->Step())
             drops += found->ColumnText(0);
     }
@@ -103,8 +158,8 @@ void DropSearchIndexes(Connection &connection)
 
 bool IsSearchIndexInStep(Connection &connection, const Sql::Table &table)
 {
-    if (SearchObjectsOf(table, connection.CurrentDialect()).isEmpty())
-        return true;
+    if (table.searched.empty() || connection.CurrentDialect() != Dialect::Sqlite)
+        return true; // no write passes by an index of the database's own
     const QByteArray grams = QByteArray::fromStdString(Sql::GramTableOf(table.name));
     connection.Execute("CREATE VIRTUAL TABLE temp.QEL_FOUND USING fts5vocab(main, " + grams +
                        ", instance)");

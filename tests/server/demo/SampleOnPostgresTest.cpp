@@ -1,4 +1,7 @@
 #include "SampleDatabase.h"
+#include "ScreenStatement.h"
+
+#include "sql/Compile.h"
 
 #include <QTest>
 
@@ -59,6 +62,46 @@ private slots:
             plan += rows->ColumnText(0);
         const QString text = plan.join(u'\n');
         QVERIFY2(text.contains(u"Index"_s) && !text.contains(u"Seq Scan"_s), qPrintable(text));
+    }
+
+    void PartsOfTextsAreFoundByTrigrams_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("statement");
+        QTest::addColumn<QString>("index");
+        const auto row = [](const QString &file, const QString &statement, const QString &index) {
+            QTest::newRow(qPrintable(statement)) << file << statement << index;
+        };
+        row(u"groups-and-pickers.txt"_s, u"orgs.text"_s, u"ix_bas_org_parts"_s);
+        row(u"stock-and-rules.txt"_s, u"ruleorgs.filtered"_s, u"ix_bas_org_parts"_s);
+        row(u"members.txt"_s, u"candidates.text"_s, u"ix_bas_org_parts"_s);
+        row(u"group-products.txt"_s, u"uniproduct.out.text"_s, u"ix_bas_product_parts"_s);
+        row(u"rollback.txt"_s, u"rollback.receipts.code"_s, u"ix_tra_send_parts"_s);
+        row(u"users.txt"_s, u"candidateusers.user"_s, u"ix_usr_user_parts"_s);
+        row(u"users.txt"_s, u"candidateusers.org"_s, u"ix_bas_org_parts"_s);
+    }
+    void PartsOfTextsAreFoundByTrigrams()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, statement);
+        QFETCH(QString, index);
+        const QString text = ScreenStatement(file, statement);
+        QVERIFY(!text.isEmpty());
+        const Sql::CompiledQuery query =
+            Sql::Compile(text.toUtf8(), Store::SchemaCatalog(), Sql::Dialect::PostgreSql);
+        // The few organisations of the sample are better read through.
+        const Store::Transaction undone(*data_.connection);
+        data_.connection->Execute("INSERT INTO BAS_ORG (ORG_ID, ORG_CODE, ORG_NAME, ORG_NAME_PY)"
+                                  " SELECT 'F' || N, 'F' || N, '其他单位' || N, 'QTDW'"
+                                  " FROM generate_series(1, 5000) N; ANALYZE BAS_ORG");
+        for (const std::string &sql : {query.Page(50, 0), query.count, query.all}) {
+            const auto rows =
+                data_.connection->Prepare("EXPLAIN " + QByteArray::fromStdString(sql));
+            QStringList plan;
+            while (rows->Step())
+                plan += rows->ColumnText(0);
+            QVERIFY2(!plan.filter(index).isEmpty(), qPrintable(plan.join(u'\n')));
+        }
     }
 
 private:
