@@ -74,7 +74,7 @@ ERRORS = (
         "SELECT ORG_ID BAS_ORG ORDER", "SELECT DISTINCT ORG_TYPE FROM BAS_ORG WHERE ROWNUM <= 2")),
     ("not-select", "Anything but exactly one SELECT is 400 sql.not_select", "sql.not_select", (
         "DELETE FROM UNI_UNION", "UPDATE BAS_ORG SET ORG_NAME = 'x'", "DROP TABLE BAS_ORG",
-        "SELECT 1 FROM BAS_ORG; SELECT 1 FROM BAS_ORG")),
+        "SELECT 1 FROM BAS_ORG; SELECT 1 FROM BAS_ORG", "")),
     ("unknown-table", "A table that clients may not read is 400 sql.unknown_table at every depth",
      "sql.unknown_table", (
          "SELECT 1 FROM NO_SUCH_TABLE", "SELECT * FROM sqlite_master", "SELECT * FROM pg_user",
