@@ -89,6 +89,8 @@ std::size_t ParameterCount(QByteArrayView sql)
 
 enum class Access { Write, Read };
 
+using OnStop = PostgresSession::OnStop;
+
 /// "1/B374D848"
 bool IsLogPosition(QByteArrayView text)
 {
@@ -124,7 +126,7 @@ public:
     void Execute(QByteArrayView sql) override
     {
         MakeReady();
-        session_.Command(sql.toByteArray(), true);
+        session_.Command(sql.toByteArray(), OnStop::Cancel);
     }
 
     std::unique_ptr<Statement> Prepare(QByteArrayView sql) override;
@@ -174,12 +176,14 @@ public:
                                    : "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
         MakeReady();
         try {
-            session_.Command(sql, false);
+            session_.Command(sql, OnStop::GiveUp);
         } catch (const EStoreError &error) {
             if (error.WhichKind() != EStoreError::Kind::Lost)
                 throw;
+            if (session_.IsToStop())
+                throw EStoreError(EStoreError::Kind::Stopped, error.Message());
             Open(); // nothing has been done yet: the same over a new session
-            session_.Command(sql, false);
+            session_.Command(sql, OnStop::GiveUp);
         }
         inTransaction_ = true;
     }
@@ -192,18 +196,20 @@ public:
         if (session_.IsInFailedTransaction())
             throw EStoreError(EStoreError::Kind::Failure, u"事务中已有语句失败，不能提交。"_s);
         inTransaction_ = false;
-        session_.Commit();
+        session_.Command("COMMIT", OnStop::GiveUp);
     }
 
     void Rollback() noexcept override
     {
         try {
-            MakeReady();
-            inTransaction_ = false;
-            session_.Command("ROLLBACK", false);
+            if (!session_.IsBroken()) {
+                MakeReady();
+                session_.Command("ROLLBACK", OnStop::GiveUp);
+            }
         } catch (const EStoreError &) {
-            inTransaction_ = false; // the session is lost, and the transaction with it
+            // The session is lost, and the transaction with it.
         }
+        inTransaction_ = false;
     }
 
     // For its statements.
@@ -518,7 +524,7 @@ void PostgresConnection::DropUnneeded()
     QByteArray sql;
     for (const QByteArray &name : std::exchange(*unneeded_, {}))
         sql += "DEALLOCATE " + name + ';';
-    session_.Command(sql, false);
+    session_.Command(sql, OnStop::GiveUp);
 }
 
 void PostgresConnection::Start(PostgresStatement &statement, const Prepared &prepared,

@@ -9,6 +9,8 @@
 #include <array>
 #include <cerrno>
 #include <string_view>
+#include <system_error>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -21,7 +23,7 @@ using Kind = EStoreError::Kind;
 
 constexpr int LookMilliseconds = 50; ///< between two looks at StopWhen while nothing arrives
 constexpr int ResultsPerLook = 256;  ///< and while rows arrive
-constexpr auto CancelPatience = std::chrono::seconds(5);
+constexpr auto CancelPatience = std::chrono::seconds(2);
 constexpr int RestWorthReading = 1'000; ///< rows; fewer than a request to cancel costs
 /// What the functions of the query language raise (schema/postgresql.sql).
 constexpr std::string_view RefusedValue = "QE001";
@@ -128,7 +130,7 @@ void PostgresSession::Open()
     PQsetNoticeProcessor(
         connection_.get(), [](void *, const char *) {}, nullptr);
     try {
-        Command(ZoneCommand() + ';' + setUp_, false);
+        Command(ZoneCommand() + ';' + setUp_, OnStop::GiveUp);
     } catch (const EStoreError &) {
         Close(); // one that is half set up serves nobody
         throw;
@@ -174,18 +176,9 @@ bool PostgresSession::IsReadOnly() const
     return Says("default_transaction_read_only");
 }
 
-void PostgresSession::Command(const QByteArray &sql, bool stoppable)
+void PostgresSession::Command(const QByteArray &sql, OnStop onStop)
 {
-    onStop_ = stoppable ? OnStop::Cancel : OnStop::Nothing;
-    Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
-    while (Next(sql)) {
-    }
-}
-
-void PostgresSession::Commit()
-{
-    onStop_ = OnStop::GiveUp;
-    const QByteArray sql = "COMMIT";
+    onStop_ = onStop;
     Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
     while (Next(sql)) {
     }
@@ -298,7 +291,7 @@ PostgresResult PostgresSession::Wait()
         FailLost({});
     if (++resultsSinceLook_ >= ResultsPerLook) {
         resultsSinceLook_ = 0;
-        if (onStop_ == OnStop::Cancel && stop_ && !cancelled_ && stop_())
+        if (onStop_ == OnStop::Cancel && !cancelled_ && IsToStop())
             Cancel();
     }
     while (PQisBusy(connection_.get()) && WaitForInput()) {
@@ -323,16 +316,15 @@ PostgresResult PostgresSession::Wait()
 /// Whether it is worth going on: not when the session is broken.
 bool PostgresSession::WaitForInput()
 {
-    const bool asks = onStop_ != OnStop::Nothing && stop_;
     pollfd socket{PQsocket(connection_.get()), POLLIN, 0};
-    const int ready = poll(&socket, 1, asks || cancelled_ ? LookMilliseconds : -1);
+    const int ready = poll(&socket, 1, stop_ || cancelled_ ? LookMilliseconds : -1);
     if (ready < 0 && errno != EINTR)
         return false;
     if (ready > 0)
         return PQconsumeInput(connection_.get()) != 0;
-    if (asks && !cancelled_ && stop_()) {
+    if (!cancelled_ && IsToStop()) {
         if (onStop_ == OnStop::GiveUp)
-            FailLost("COMMIT");
+            FailLost({});
         Cancel();
     }
     if (cancelled_ && Clock::now() - *cancelled_ > CancelPatience) {
@@ -343,14 +335,21 @@ bool PostgresSession::WaitForInput()
     return true;
 }
 
+/// Over a connection of its own, which libpq makes and waits for without a limit: on a thread that
+/// nobody waits for. A request that comes too late does no harm, see Wait.
 void PostgresSession::Cancel()
 {
     cancelled_ = Clock::now();
-    const std::unique_ptr<PGcancel, decltype(&PQfreeCancel)> cancel(PQgetCancel(connection_.get()),
-                                                                    &PQfreeCancel);
-    std::array<char, 256> reason;
-    if (cancel)
-        PQcancel(cancel.get(), reason.data(), static_cast<int>(reason.size()));
+    using CancelPtr = std::unique_ptr<PGcancel, decltype(&PQfreeCancel)>;
+    try {
+        std::thread([cancel = CancelPtr(PQgetCancel(connection_.get()), &PQfreeCancel)] {
+            std::array<char, 256> reason;
+            if (cancel)
+                PQcancel(cancel.get(), reason.data(), static_cast<int>(reason.size()));
+        }).detach();
+    } catch (const std::system_error &) {
+        // No thread to be had: the session is closed when the patience with it is over.
+    }
 }
 
 void PostgresSession::Sent(int result)

@@ -49,12 +49,15 @@ public:
     bool IsStandby() const; ///< as the server last said
 
     void StopWhen(std::function<bool()> condition) { stop_ = std::move(condition); }
+    bool IsToStop() const { return stop_ && stop_(); }
 
-    /// One or several statements without parameters, to the end. `stoppable`: StopWhen counts.
-    void Command(const QByteArray &sql, bool stoppable);
-    /// When StopWhen says so, the session is given up: a COMMIT that waits for a copy of the
+    /// What is done when StopWhen says so: the server is told to end the statement, or the session
+    /// is given up. That is for the ends of a transaction: a COMMIT that waits for a copy of the
     /// database would take effect here alone if it were told to stop.
-    void Commit();
+    enum class OnStop { Cancel, GiveUp };
+
+    /// One or several statements without parameters, to the end.
+    void Command(const QByteArray &sql, OnStop onStop);
     void Prepare(const QByteArray &name, const QByteArray &sql);
     /// The description of a prepared statement's columns.
     PostgresResult Describe(const QByteArray &name, const QByteArray &sql);
@@ -93,7 +96,6 @@ private:
     std::unique_ptr<pg_conn, Finish> connection_;
     int generation_ = 0;
     std::function<bool()> stop_;
-    enum class OnStop { Cancel, GiveUp, Nothing };
     OnStop onStop_ = OnStop::Cancel;
     int resultsSinceLook_ = 0;
     std::optional<std::chrono::steady_clock::time_point> cancelled_; ///< the running statement

@@ -36,7 +36,7 @@ public:
         : pool_(pool)
         , connection_(pool.Take(deadline))
     {
-        connection_->StopWhen([deadline] { return Clock::now() > deadline; });
+        connection_->StopWhen([&pool, deadline] { return Clock::now() > pool.EndOf(deadline); });
     }
     ~Lease()
     {
@@ -61,8 +61,11 @@ WriterPool::WriterPool(Database &database)
 std::unique_ptr<Connection> WriterPool::Take(Clock::time_point deadline)
 {
     std::unique_lock lock(lock_);
-    if (!freed_.wait_until(lock, deadline, [this] { return taken_ < size_; }))
-        throw EStoreError(EStoreError::Kind::Stopped, u"等待数据库写连接超时"_s);
+    while (taken_ >= size_) {
+        if (Clock::now() >= EndOf(deadline))
+            throw EStoreError(EStoreError::Kind::Stopped, u"等待数据库写连接超时"_s);
+        freed_.wait_until(lock, EndOf(deadline));
+    }
     ++taken_;
     if (!atRest_.empty()) {
         auto connection = std::move(atRest_.back());
@@ -89,6 +92,20 @@ void WriterPool::GiveBack(std::unique_ptr<Connection> connection)
     freed_.notify_one();
 }
 
+WriterPool::Clock::time_point WriterPool::EndOf(Clock::time_point deadline) const
+{
+    return std::min(deadline, latest_.load());
+}
+
+void WriterPool::EndBy(Clock::time_point latest)
+{
+    {
+        const std::lock_guard lock(lock_); // nobody misses it between a look and the wait
+        latest_ = latest;
+    }
+    freed_.notify_all();
+}
+
 void WriterPool::Run(Clock::time_point deadline, const std::function<void(Connection &)> &work)
 {
     using Kind = EStoreError::Kind;
@@ -106,7 +123,7 @@ void WriterPool::Run(Clock::time_point deadline, const std::function<void(Connec
             if (isLoss)
                 lossDeadline = std::min(lossDeadline, Clock::now() + PatienceWithLoss);
             again = Clock::now() + Pause(tries);
-            if (again >= (isLoss ? lossDeadline : deadline))
+            if (again >= EndOf(isLoss ? lossDeadline : deadline))
                 throw;
         }
         ++repeats_;

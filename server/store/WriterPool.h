@@ -31,10 +31,14 @@ public:
     /// for a connection, ends in Kind::Stopped.
     void Run(Clock::time_point deadline, const std::function<void(Connection &)> &work);
 
+    /// No deadline, also of what runs already, is later than this from now on.
+    void EndBy(Clock::time_point latest);
+
 private:
     class Lease;
 
     std::unique_ptr<Connection> Take(Clock::time_point deadline);
+    Clock::time_point EndOf(Clock::time_point deadline) const;
     void GiveBack(std::unique_ptr<Connection> connection);
 
     Database &database_;
@@ -43,6 +47,7 @@ private:
     std::condition_variable freed_;
     std::vector<std::unique_ptr<Connection>> atRest_; ///< the last used on top
     int taken_ = 0;
+    std::atomic<Clock::time_point> latest_ = Clock::time_point::max();
     std::atomic<qint64> repeats_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "store/Postgres.h"
 #include "store/Schema.h"
+#include "support/HangingDatabase.h"
 #include "support/TestDatabase.h"
 
 #include <QElapsedTimer>
@@ -169,6 +170,32 @@ private slots:
                  EStoreError::Kind::Stopped);
         other->StopWhen({});
         QVERIFY(other->IsAtRest());
+    }
+
+    void HangingDatabaseIsGivenUp()
+    {
+        TestDatabase data;
+        HangingDatabase way(data.Url());
+        const auto database = Store::Database::Open(way.Url());
+        const auto reader = database->OpenReader();
+        const auto writer = database->OpenWriter();
+        const auto beginner = database->OpenReader();
+        QVERIFY(reader->Exists("SELECT 1"));
+        auto transaction = std::make_unique<Store::Transaction>(*writer);
+        writer->Run("DELETE FROM BAS_ORG WHERE ORG_ID = '200001'");
+        QElapsedTimer timer;
+        timer.start();
+        for (Store::Connection *each : {reader.get(), writer.get(), beginner.get()})
+            each->StopWhen([&] { return timer.elapsed() > 100; });
+
+        way.Hang();
+        QCOMPARE(KindOf([&] { Store::Snapshot snapshot(*beginner); }), EStoreError::Kind::Stopped);
+        QCOMPARE(KindOf([&] { transaction->Commit(); }), EStoreError::Kind::InDoubt);
+        transaction.reset();
+        QVERIFY2(timer.elapsed() < 1'500, qPrintable(QString::number(timer.elapsed())));
+        // The request to end the statement hangs, too.
+        QCOMPARE(KindOf([&] { reader->Exists("SELECT 1"); }), EStoreError::Kind::Stopped);
+        QVERIFY2(timer.elapsed() < 5'000, qPrintable(QString::number(timer.elapsed())));
     }
 
     void DatabaseItselfEndsWhatAReaderAsksTooLong()
