@@ -1,3 +1,4 @@
+#include "EndInTime.h"
 #include "Options.h"
 #include "admin/Command.h"
 #include "demo/Demo.h"
@@ -100,6 +101,7 @@ void Announce(const Http::HttpServer &server, const Options &options)
 int Serve(Store::Database &database, const Options &options)
 {
     Http::SetLogFormat(options.jsonLog ? Http::LogFormat::Json : Http::LogFormat::Text);
+    EndInTime end;
     Http::Metrics metrics;
     Http::Service service(
         database,
@@ -127,6 +129,7 @@ int Serve(Store::Database &database, const Options &options)
         StopWhenInputCloses(server);
     Announce(server, options);
     server.Run();
+    end.By(server.DrainEnd());
     return 0;
 }
 

@@ -111,6 +111,8 @@ public:
         prober_.join();
     }
 
+    Clock::time_point DrainEnd() const { return drainEnd_; }
+
     void Stop()
     {
         asio::post(context_, [this] { BeginStop(); });
@@ -371,14 +373,15 @@ private:
         if (stopping_)
             return;
         stopping_ = true;
+        drainEnd_ = Clock::now() + options_.drainTime;
         NotifyServiceManager("STOPPING=1");
-        handler_.BeginStop(Clock::now() + options_.drainTime - LastWords);
+        handler_.BeginStop(drainEnd_ - LastWords);
         boost::system::error_code ignored;
         acceptor_.close(ignored);
         metricsAcceptor_.close(ignored);
         stopSignals_.cancel(ignored);
         reloadSignals_.cancel(ignored);
-        drain_.expires_after(options_.drainTime - LastWait);
+        drain_.expires_at(drainEnd_ - LastWait);
         drain_.async_wait([this](auto error) {
             if (error)
                 return;
@@ -434,6 +437,7 @@ private:
     Peers known_;     ///< between the requests of somebody with a good credential
     Peers answering_; ///< whose request is being answered
     bool stopping_ = false;
+    Clock::time_point drainEnd_;
     bool watching_ = false;
     std::mutex handlingLock_;
     std::condition_variable handlingChanged_;
@@ -463,6 +467,11 @@ quint16 HttpServer::MetricsPort() const
 void HttpServer::Run()
 {
     d_->Run();
+}
+
+Clock::time_point HttpServer::DrainEnd() const
+{
+    return d_->DrainEnd();
 }
 
 void HttpServer::Stop()

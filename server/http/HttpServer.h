@@ -52,7 +52,8 @@ public:
     /// Serves until Stop, SIGTERM or SIGINT; then refuses what comes, lets running requests end
     /// and returns, or ends the process if they do not end within drainTime.
     void Run();
-    void Stop(); ///< from any thread
+    Clock::time_point DrainEnd() const; ///< after Run: when drainTime is over
+    void Stop();                        ///< from any thread
 
 private:
     class Impl;

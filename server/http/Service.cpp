@@ -212,6 +212,7 @@ Response Service::Refuse(Broken what, const Request &request) noexcept
 void Service::BeginStop(Clock::time_point latest) noexcept
 {
     stopBy_ = latest;
+    writers_.EndBy(latest);
 }
 
 Response Service::Failed(const std::exception_ptr &failure, const Request &request,
@@ -304,10 +305,9 @@ Response Service::QueryOn(Store::Reader &reader, const Request &request, LogEntr
 Response Service::Post(const Request &request, LogEntry &log)
 {
     // No client hang-up ends a post: it is stored whole, and its answer waits under its key.
-    const auto deadline =
-        std::min({request.deadline, Clock::now() + options_.statementTime, stopBy_.load()});
+    const auto deadline = std::min(request.deadline, Clock::now() + options_.statementTime);
     Store::Operator user;
-    writers_.Run(deadline, [&](Store::Connection &connection) {
+    Managers::PreparePost(writers_, deadline, [&](Store::Connection &connection) {
         user = Authenticate(connection, request, log);
     });
     CheckKey(request.idempotencyKey);

@@ -5,6 +5,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 namespace Qel::Managers {
 
 struct Post
@@ -24,7 +26,12 @@ struct Post
 Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &user,
                          const Post &post);
 
-/// The same on a connection of the pool, again and again while other posts come in between, until
+/// Calls `work`, which reads what has to be known before a post, on a connection of the pool.
+/// Throws EPostError with "post.not_done" when the time is up.
+void PreparePost(Store::WriterPool &writers, Store::WriterPool::Clock::time_point deadline,
+                 const std::function<void(Store::Connection &)> &work);
+
+/// RunPost on a connection of the pool, again and again while other posts come in between, until
 /// the deadline. Where a connection broke during the COMMIT, the key tells whether that took
 /// effect. Throws EPostError with "post.not_done" or "post.unknown" when the time is up.
 Wire::PostAnswer SubmitPost(Store::WriterPool &writers,

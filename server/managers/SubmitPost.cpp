@@ -28,6 +28,18 @@ bool IsOfTime(const Store::EStoreError &error)
 
 } // namespace
 
+void PreparePost(Store::WriterPool &writers, Store::WriterPool::Clock::time_point deadline,
+                 const std::function<void(Store::Connection &)> &work)
+{
+    try {
+        writers.Run(deadline, work);
+    } catch (const Store::EStoreError &error) {
+        if (IsOfTime(error))
+            throw Explained(error, /*isUnknown=*/false);
+        throw;
+    }
+}
+
 Wire::PostAnswer SubmitPost(Store::WriterPool &writers,
                             Store::WriterPool::Clock::time_point deadline,
                             const Store::Operator &user, const Post &post)

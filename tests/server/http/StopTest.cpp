@@ -148,6 +148,9 @@ private slots:
     {
         Stopping stop(DeleteMember(), 3);
         QVERIFY(stop.running);
+        const HttpReply answer = stop.busy.Receive();
+        QCOMPARE(answer.status, 503);
+        QCOMPARE(Wire::DecodeErrorAnswer(answer.body, Wire::Format::Json).code, u"post.not_done"_s);
         QVERIFY(stop.Ends());
         QVERIFY2(stop.timer.elapsed() < 3'500, qPrintable(QString::number(stop.timer.elapsed())));
         QCOMPARE(stop.server.Process().exitStatus(), QProcess::NormalExit);
