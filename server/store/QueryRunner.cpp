@@ -12,7 +12,8 @@ namespace Qel::Store {
 
 namespace {
 
-/// Longer texts (lists of thousands of keys) hardly come twice and would fill the memory.
+/// Longer texts (lists of thousands of keys) hardly come twice and would fill the memory: what a
+/// database makes of one may take ten times its size.
 constexpr qsizetype KeptTextBytes = 16 << 10;
 
 /// What the statement itself is to blame for is said of it; the rest is the server's failure.
@@ -72,6 +73,7 @@ QueryResult QueryRunner::Run(const QString &oracleText, int page, int pageSize,
     const Sql::CompiledQuery &query =
         text.size() > KeptTextBytes ? once.emplace(compile()) : compiled_.Get(kept, compile);
     lastTables_ = query.tables;
+    const auto forget = qScopeGuard([&] { once_.reset(); });
     try {
         return Run(query, page, pageSize);
     } catch (const EStoreError &error) {
@@ -100,8 +102,13 @@ QueryResult QueryRunner::Run(const Sql::CompiledQuery &query, int page, int page
 
 Statement &QueryRunner::Prepared(const std::string &sql)
 {
-    return *prepared_.Get(
-        sql, [&] { return connection_.PrepareQuery(QByteArrayView(sql.data(), std::ssize(sql))); });
+    const auto prepare = [&] {
+        return connection_.PrepareQuery(QByteArrayView(sql.data(), std::ssize(sql)));
+    };
+    if (std::ssize(sql) <= KeptTextBytes)
+        return *prepared_.Get(sql, prepare);
+    once_ = prepare();
+    return *once_;
 }
 
 qint64 QueryRunner::Count(const std::string &sql)

@@ -71,6 +71,7 @@ private:
     std::vector<std::string> lastTables_;
     LruCache<QByteArray, Sql::CompiledQuery> compiled_{64};
     LruCache<std::string, std::unique_ptr<Statement>> prepared_{64};
+    std::unique_ptr<Statement> once_; ///< of a text that is too long to be kept
 };
 
 } // namespace Qel::Store
