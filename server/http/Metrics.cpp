@@ -12,7 +12,7 @@ namespace Qel::Http {
 
 namespace {
 
-constexpr const char *PostCodes[] = {"1", "0", "-1", "-2", "error"};
+constexpr const char *PostCodes[] = {"1", "0", "-1", "-2"};
 
 struct Single
 {

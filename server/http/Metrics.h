@@ -28,7 +28,8 @@ public:
     using Number = std::atomic<qint64>;
 
     void Count(const Served &served);
-    /// A post's first result code, or "error" if it had none.
+    /// The first result code of a post that was run; a refused one is a request with another
+    /// status.
     void CountPost(const QByteArray &code);
 
     Number connectionsAccepted = 0;

@@ -36,11 +36,17 @@ constexpr CodeStatus Statuses[] = {
 };
 
 /// Databases repeat values in their messages: in single quotes, or in double ones after a colon.
+/// The statement that store/ puts behind them may end inside of a text, and has numbers, too.
 QString WithoutValues(QString message)
 {
-    static const QRegularExpression single(u"'[^']*'"_s);
+    static const QRegularExpression single(u"'[^']*(?:'|$)"_s);
     static const QRegularExpression afterColon(u": *\"[^\"]*\""_s);
-    return message.replace(single, u"'?'"_s).replace(afterColon, u": \"?\""_s);
+    static const QRegularExpression number(u"(?<![\\w?$.])\\d[\\d.]*"_s);
+    message.replace(single, u"'?'"_s).replace(afterColon, u": \"?\""_s);
+    const qsizetype statement = message.indexOf(u"；语句："_s);
+    if (statement < 0)
+        return message;
+    return message.first(statement) + message.sliced(statement).replace(number, u"?"_s);
 }
 
 } // namespace

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace Qel::Http {
 
 namespace {
@@ -16,20 +18,21 @@ constexpr qsizetype LongestText = 4'000;
 
 std::atomic<LogFormat> TheFormat = LogFormat::Text;
 
-/// In quotes, on one line, without anything that a terminal would obey. The same in both formats:
-/// a JSON string.
+/// In quotes, on one line, without anything that a terminal would obey or a reader would not see.
+/// The same in both formats: a JSON string.
 QByteArray Quoted(const QString &text)
 {
-    QByteArray quoted = "\"";
-    for (const char c : text.left(LongestText).toUtf8()) {
-        if (c == '"' || c == '\\')
-            quoted += '\\';
-        if ((c >= '\0' && c < ' ') || c == '\x7f')
-            quoted += "\\u00" + QByteArray(1, c).toHex();
-        else
+    QString quoted;
+    for (const QChar c : text.left(LongestText)) {
+        if (c == u'"' || c == u'\\')
+            quoted += u'\\';
+        const bool endsLine = c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
+        if ((c.isPrint() && !endsLine) || c.isSurrogate())
             quoted += c;
+        else
+            quoted += u"\\u%1"_s.arg(c.unicode(), 4, 16, QChar(u'0'));
     }
-    return quoted + '"';
+    return '"' + quoted.toUtf8() + '"';
 }
 
 /// One line, pair by pair.

@@ -232,6 +232,12 @@ private slots:
         broken.Send("GET /" + price + " HTTP/1.1\r\nAuthorization: Basic " + name.toBase64() +
                     "\r\n " + name + "\r\n\r\n");
         broken.Receive();
+        // The server's own failure names the statement, and no more than its beginning.
+        site.Connection().Execute("ALTER TABLE CAT_ORG RENAME TO ELSEWHERE");
+        server.Query(u"SELECT ORG_ID FROM CAT_ORG WHERE %1 < ORG_TYPE AND ORG_NAME IN ('%2')"_s.arg(
+            number, QString(literal).repeated(150)));
+        QVERIFY(server.WaitForLog("code=\"server.failure\"", 5'000) ||
+                server.Log().contains("\"code\":\"server.failure\""));
         server.Process().terminate();
         QVERIFY(server.Process().waitForFinished(20'000));
 
@@ -250,13 +256,14 @@ private slots:
     {
         TestDatabase site;
         ServerProcess server({u"--database"_s, site.Url()});
-        const Wire::PostRequest post{u"x\n2026-01-01 user=\"admin\"\x1b[2J"_s, u"y"_s, {}};
+        const Wire::PostRequest post{
+            u"x\n2026-01-01 user=\"admin\"\x1b[2J"_s, u"y\u009b2J\u2028\u202e"_s, {}};
         server.Call({.path = "/NorvaneServlet", .body = Wire::Encode(post, Wire::Format::Json)});
         QVERIFY(server.WaitForLog("post.unknown_method"));
         QCOMPARE(server.Log().count('\n'), 1);
         QVERIFY(!server.Log().contains('\x1b'));
-        QVERIFY(
-            server.Log().contains("what=\"x\\u000a2026-01-01 user=\\\"admin\\\"\\u001b[2J/y\""));
+        QVERIFY(server.Log().contains("what=\"x\\u000a2026-01-01 user=\\\"admin\\\"\\u001b[2J/y"
+                                      "\\u009b2J\\u2028\\u202e\""));
     }
 
     void PlainHttpBeyondThisMachineIsWarnedOf()
