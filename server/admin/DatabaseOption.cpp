@@ -28,10 +28,13 @@ bool HasPassword(const QString &url)
         return false;
     const QString rest = url.mid(scheme + 3);
     const QString place = rest.section(u'?', 0, 0);
-    // Up to the last "@": a password may hold characters that should have been encoded.
-    const qsizetype at = place.lastIndexOf(u'@');
-    if (at > 0 && place.first(at).contains(u':'))
-        return true;
+    // Up to the last "@": a password may hold characters that should have been encoded, libpq takes
+    // a "?" for one of them.
+    for (const QString &text : {place, rest.section(u'/', 0, 0)}) {
+        const qsizetype at = text.lastIndexOf(u'@');
+        if (at > 0 && text.first(at).contains(u':'))
+            return true;
+    }
     for (const QString &parameter : rest.section(u'?', 1).split(u'&')) {
         const QString name = QUrl::fromPercentEncoding(parameter.section(u'=', 0, 0).toUtf8());
         if (name.compare("password"_L1, Qt::CaseInsensitive) == 0 ||
