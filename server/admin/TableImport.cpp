@@ -31,16 +31,22 @@ bool IsInteger(QByteArrayView text)
     return AreDigits(text) && text.size() <= 18 && (text.size() == 1 || text[0] != '0');
 }
 
-/// "-12.05": digits on both sides of the point, at most 15 of them.
+/// "-12.05": digits on both sides of the point, at most 15 of them behind leading zeros.
 bool IsReal(QByteArrayView text)
 {
+    constexpr qsizetype mostDigits = 15; // that a number has room for
+    constexpr qsizetype longest = 150;
     if (text.startsWith('-'))
         text = text.sliced(1);
     const qsizetype point = text.indexOf('.');
     const QByteArrayView whole = point < 0 ? text : text.first(point);
     const QByteArrayView part = point < 0 ? QByteArrayView("0") : text.sliced(point + 1);
-    return AreDigits(whole) && AreDigits(part) && (whole.size() == 1 || whole[0] != '0') &&
-           whole.size() + part.size() <= 16;
+    if (!AreDigits(whole) || !AreDigits(part) || (whole.size() > 1 && whole[0] == '0') ||
+        text.size() > longest)
+        return false;
+    const auto *const first =
+        std::find_if(text.begin(), text.end(), [](char c) { return c != '0' && c != '.'; });
+    return std::count_if(first, text.end(), IsDigit) <= mostDigits;
 }
 
 /// "2026-03-05 13:07:00", a day and a time that there are.
