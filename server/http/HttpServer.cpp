@@ -21,6 +21,7 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 #include <list>
 #include <mutex>
 
@@ -178,11 +179,25 @@ private:
                 ++metrics_.connectionsRefused;
                 continue; // every connection is being answered: this one is closed
             }
-            strangers_.emplace_back(std::move(socket), door == Door::Clients ? tls_ : nullptr,
-                                    door);
-            CountConnections();
-            asio::co_spawn(context_, Serve(std::prev(strangers_.end())), asio::detached);
+            try {
+                Admit(std::move(socket), door);
+            } catch (const std::exception &failure) { // this one is closed, others may come
+                WriteEvent("connection failed", QString::fromUtf8(failure.what()));
+            }
         }
+    }
+
+    void Admit(tcp::socket socket, Door door)
+    {
+        strangers_.emplace_back(std::move(socket), door == Door::Clients ? tls_ : nullptr, door);
+        const auto peer = std::prev(strangers_.end());
+        try {
+            asio::co_spawn(context_, Serve(peer), asio::detached);
+        } catch (...) {
+            strangers_.erase(peer);
+            throw;
+        }
+        CountConnections();
     }
 
     /// Whether there is room for one more connection, if need be in place of the one that has
@@ -208,10 +223,22 @@ private:
         metrics_.connectionsAnswering = static_cast<qint64>(answering_.size());
     }
 
-    /// All requests of one connection.
     asio::awaitable<void> Serve(Peers::iterator peer)
     {
         peer->rest = &strangers_;
+        try {
+            co_await ServeAll(peer);
+        } catch (const std::exception &failure) { // no memory: others may be served
+            WriteEvent("connection failed", QString::fromUtf8(failure.what()));
+        }
+        peer->rest->erase(peer);
+        CountConnections();
+        StopWhenDrained();
+    }
+
+    /// All requests of one connection.
+    asio::awaitable<void> ServeAll(Peers::iterator peer)
+    {
         const auto begin = Clock::now();
         // A fresh connection has something to say.
         peer->link.Until(begin + options_.patience.silence);
@@ -228,9 +255,6 @@ private:
         }
         peer->link.Until(Clock::now() + DiscardTime);
         co_await peer->link.EndWriting();
-        peer->rest->erase(peer);
-        CountConnections();
-        StopWhenDrained();
     }
 
     /// Reads one request, which begins until `firstByte`, and answers it until `latest`. False:
@@ -260,16 +284,23 @@ private:
         answering_.splice(answering_.end(), *self.rest, peer);
         CountConnections();
         bool keepAlive = false;
-        if (read.end == ReadResult::End::Refused)
-            co_await Write(self, handler_.Refuse(read.why, incoming.request),
-                           Clock::now() + DiscardTime, false, true);
-        else if (stopping_)
-            co_await Write(self, handler_.Refuse(Broken::Stopping, incoming.request), deadline,
-                           false, !incoming.isHead);
-        else
-            keepAlive = co_await Answer(self, incoming);
+        std::exception_ptr failure;
+        try {
+            if (read.end == ReadResult::End::Refused)
+                co_await Write(self, handler_.Refuse(read.why, incoming.request),
+                               Clock::now() + DiscardTime, false, true);
+            else if (stopping_)
+                co_await Write(self, handler_.Refuse(Broken::Stopping, incoming.request), deadline,
+                               false, !incoming.isHead);
+            else
+                keepAlive = co_await Answer(self, incoming);
+        } catch (...) {
+            failure = std::current_exception();
+        }
         self.rest->splice(self.rest->end(), answering_, peer);
         CountConnections();
+        if (failure)
+            std::rethrow_exception(failure);
         if (read.end == ReadResult::End::Refused)
             co_await Discard(self.link);
         co_return keepAlive;
