@@ -267,6 +267,8 @@ void UpdateStatistics(Connection &connection)
     const auto isUnknown = [&](const QString &name) {
         return !connection.Exists("SELECT 1 FROM pg_stats WHERE tablename = lower(?1)", {name});
     };
+    // A server starts, too, while no copy of the database is there to hear of it.
+    connection.Execute("SET synchronous_commit = local");
     for (const Sql::Table &table : SchemaCatalog().Tables()) {
         const QString name = QString::fromStdString(table.name);
         bool needed = isUnknown(name);
@@ -277,6 +279,7 @@ void UpdateStatistics(Connection &connection)
         if (needed)
             connection.Execute("ANALYZE " + name.toUtf8());
     }
+    connection.Execute("RESET synchronous_commit");
 }
 
 bool HasSchema(Connection &connection)
