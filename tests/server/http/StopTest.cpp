@@ -48,8 +48,10 @@ struct Stopping
         keptBefore = kept.Receive();
         readiness.Send(Health);
         readiness.Receive();
-        if (request == DeleteMember())
+        if (request == DeleteMember()) { // which has to wait for another one's change of the row
             writing = std::make_unique<Store::Transaction>(site.Connection());
+            site.Connection().Execute("UPDATE UNI_ORG SET LAST_OPERATE = LAST_OPERATE");
+        }
         busy.Send(request);
         running = server.WaitForMetric("qel_requests_handling", 1);
         timer.start();
