@@ -22,11 +22,12 @@ constexpr int Products = 5'000;    // all in one group's catalogue
 constexpr int GroupSize = 200;     // members; every organisation is in one group
 constexpr int Opened = 100;        // members to whom one owner of so many organisations opens
 
+/// What scans says LOWER, which the search index knows nothing of.
 const PageCase Cases[]{
     {"50 of 100,000, LIKE filter that scans", 50,
-     u"SELECT A.* FROM (SELECT * FROM BAS_ORG ) A WHERE 1=1  AND ((UPPER(A.ORG_CODE) like '%中医%') "
-     "or (UPPER(A.ORG_NAME) like '%中医%') or (UPPER(A.ORG_ABBR) like '%中医%') or "
-     "(UPPER(A.ORG_NAME_PY) like '%中医%')) ORDER BY A.ORG_NAME "_s,
+     u"SELECT A.* FROM (SELECT * FROM BAS_ORG ) A WHERE 1=1  AND ((LOWER(A.ORG_CODE) like '%中医%') "
+     "or (LOWER(A.ORG_NAME) like '%中医%') or (LOWER(A.ORG_ABBR) like '%中医%') or "
+     "(LOWER(A.ORG_NAME_PY) like '%中医%')) ORDER BY A.ORG_NAME "_s,
      1.1, 31},
     {"50 of 100,000, indexed condition", 50,
      u"SELECT * FROM BAS_ORG WHERE REGION_ID='000123' ORDER BY ORG_NAME "_s, 3.0, 301},
@@ -44,9 +45,9 @@ const PageCase Cases[]{
     {"the same, LIKE filter that scans", 50,
      u" select a.org_name as Owner_OrgName, b.org_name, c.*  from bas_org a,      bas_org b,"
      "    stk_org_set c where a.org_id = c.owner_orgid  and b.org_id = c.org_id "
-     " and c.last_operate <> 'D'  and ((UPPER(a.org_code) like '%中医%') or (UPPER(a.org_name) "
-     "like '%中医%') or (UPPER(a.org_name_py) like '%中医%') or (UPPER(b.org_code) like '%中医%') "
-     "or (UPPER(b.org_name) like '%中医%') or (UPPER(b.org_name_py) like '%中医%'))"
+     " and c.last_operate <> 'D'  and ((LOWER(a.org_code) like '%中医%') or (LOWER(a.org_name) "
+     "like '%中医%') or (LOWER(a.org_name_py) like '%中医%') or (LOWER(b.org_code) like '%中医%') "
+     "or (LOWER(b.org_name) like '%中医%') or (LOWER(b.org_name_py) like '%中医%'))"
      " order by a.org_name, b.org_name "_s,
      1.1, 31},
     {"20 of 99 who may be shown a stock", 20,
