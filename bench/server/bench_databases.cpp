@@ -143,7 +143,8 @@ std::vector<Named> Statements(Store::Connection &connection)
 void PrintPlans(const QString &sql, const QStringList &urls)
 {
     for (const QString &url : urls) {
-        const auto connection = Store::Database::Open(url)->OpenWriter();
+        const auto connection =
+            Store::Database::Open(url)->OpenReader(); // a writer plans otherwise
         const bool sqlite = connection->CurrentDialect() == Sql::Dialect::Sqlite;
         const Sql::CompiledQuery query =
             Sql::Compile(sql.toUtf8(), Store::SchemaCatalog(), connection->CurrentDialect());
