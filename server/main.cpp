@@ -9,6 +9,7 @@
 #include "store/Credentials.h"
 #include "store/Database.h"
 #include "store/Migrations.h"
+#include "store/Statistics.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -31,16 +32,16 @@ constexpr int StatementGrace = 5; ///< seconds that the database gives the serve
 
 /// Makes the tables of an empty database and fills them if the sample data is wanted; older tables
 /// are brought up to date for that alone, as a site's own wait for their administrator. A database
-/// whose filling was cut short has tables and no users: it is filled again. What the database
-/// knows of its contents is brought up to date.
+/// whose filling was cut short has tables and no users: it is filled again.
 void Prepare(Store::Database &database, const Options &options)
 {
     const auto connection = database.OpenWriter();
     Store::PrepareSchema(*connection,
                          options.demo ? Store::OldTables::Migrate : Store::OldTables::Refuse);
-    if (options.demo && !connection->Exists("SELECT 1 FROM USR_USER"))
+    if (options.demo && !connection->Exists("SELECT 1 FROM USR_USER")) {
         Demo::Fill(*connection, QDate::currentDate());
-    Store::UpdateStatistics(*connection);
+        Store::UpdateStatistics(*connection);
+    }
 }
 
 QByteArray FirstInputLine()
@@ -128,6 +129,7 @@ int Serve(Store::Database &database, const Options &options)
     if (options.exitWithParent)
         StopWhenInputCloses(server);
     Announce(server, options);
+    const Store::StatisticsKeeper statistics(database);
     server.Run();
     end.By(server.DrainEnd());
     return 0;

@@ -8,6 +8,7 @@
 #include "store/Database.h"
 #include "store/QueryRunner.h"
 #include "store/Schema.h"
+#include "store/Statistics.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

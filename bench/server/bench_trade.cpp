@@ -8,6 +8,7 @@
 #include "demo/Demo.h"
 #include "store/Database.h"
 #include "store/Schema.h"
+#include "store/Statistics.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -4,6 +4,7 @@
 #include "admin/SiteExport.h"
 #include "admin/SiteImport.h"
 #include "store/Migrations.h"
+#include "store/Statistics.h"
 
 #include <QCommandLineParser>
 

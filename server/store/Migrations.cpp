@@ -1,6 +1,7 @@
 #include "store/Migrations.h"
 
 #include "store/Clock.h"
+#include "store/Statistics.h"
 
 using namespace Qt::StringLiterals;
 

@@ -255,33 +255,6 @@ void CreateIndexes(Connection &connection)
     CreateSearchIndexes(connection);
 }
 
-void UpdateStatistics(Connection &connection)
-{
-    if (connection.CurrentDialect() == Dialect::Sqlite) {
-        connection.Execute("ANALYZE");
-        return;
-    }
-    // PostgreSQL keeps its own up to date, but for tables that have just been filled and for what a
-    // new index is over. How many rows a table has it knows from the making of an index already,
-    // what is in them it does not.
-    const auto isUnknown = [&](const QString &name) {
-        return !connection.Exists("SELECT 1 FROM pg_stats WHERE tablename = lower(?1)", {name});
-    };
-    // A server starts, too, while no copy of the database is there to hear of it.
-    connection.Execute("SET synchronous_commit = local");
-    for (const Sql::Table &table : SchemaCatalog().Tables()) {
-        const QString name = QString::fromStdString(table.name);
-        bool needed = isUnknown(name);
-        for (const SearchObject &object : SearchObjectsOf(table, Dialect::PostgreSql)) {
-            const QString index = QString::fromLatin1(object.name);
-            needed = needed || (HasTable(connection, index) && isUnknown(index));
-        }
-        if (needed)
-            connection.Execute("ANALYZE " + name.toUtf8());
-    }
-    connection.Execute("RESET synchronous_commit");
-}
-
 bool HasSchema(Connection &connection)
 {
     return HasTable(connection, u"USR_USER"_s);

@@ -60,11 +60,6 @@ private:
 void DropIndexes(Connection &connection);
 void CreateIndexes(Connection &connection);
 
-/// Counts what the database chooses between ways to a statement's rows by: how many rows a table
-/// has and an index's value leads to. Without it a join may begin at the wrong end. Takes a tenth
-/// of a second for the sample database.
-void UpdateStatistics(Connection &connection);
-
 /// Whether CreateSchema has run here.
 bool HasSchema(Connection &connection);
 bool HasTable(Connection &connection, const QString &name);

@@ -3,6 +3,7 @@
 #include "demo/Demo.h"
 #include "host/Session.h"
 #include "store/Schema.h"
+#include "store/Statistics.h"
 #include "support/ScreenDriver.h"
 
 #include <QDate>

@@ -3,6 +3,7 @@
 #include "demo/Demo.h"
 #include "store/Database.h"
 #include "store/Schema.h"
+#include "store/Statistics.h"
 #include "support/TestPostgres.h"
 
 #include <QCryptographicHash>
