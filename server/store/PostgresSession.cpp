@@ -35,10 +35,11 @@ struct StateKind
 };
 
 // The first that fits.
-constexpr std::array<StateKind, 15> stateKinds = {{
+constexpr std::array<StateKind, 16> stateKinds = {{
     {"57014", Kind::Stopped},
     {"40001", Kind::Conflict}, // serialization_failure
     {"40P01", Kind::Conflict}, // deadlock_detected
+    {"55P03", Kind::Conflict}, // lock_timeout
     {"23", Kind::Constraint},
     {"54", Kind::TooComplex},
     {"42803", Kind::TooComplex}, // sub-selects in what rows are grouped by

@@ -3,6 +3,7 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <optional>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -14,6 +15,9 @@ namespace {
 
 constexpr auto FirstPause = 2ms; // about what a short transaction takes
 constexpr auto LongestPause = 200ms;
+/// Who waits for a row has nearly always lost it, and of two who wait for each other the database
+/// tells only after a second. Not for who makes tables or waits for a command's lock.
+constexpr char LimitWaits[] = "SET lock_timeout = '200ms'";
 /// For a database that is being started again. Longer would only pile up requests.
 constexpr auto PatienceWithLoss = 5s;
 
@@ -52,6 +56,44 @@ private:
     std::unique_ptr<Connection> connection_;
 };
 
+/// A place in the row of those who go one by one, in the order in which they came, until the end of
+/// the scope. Posts to one record would otherwise disturb each other again and again, and the
+/// pauses between their tries grow while others come and take the record.
+class WriterPool::Turn
+{
+public:
+    explicit Turn(WriterPool &pool)
+        : pool_(pool)
+    {
+        const std::lock_guard lock(pool_.lock_);
+        pool_.turns_.push_back(this);
+    }
+    ~Turn()
+    {
+        {
+            const std::lock_guard lock(pool_.lock_);
+            std::erase(pool_.turns_, this);
+        }
+        pool_.turned_.notify_all();
+    }
+    Q_DISABLE_COPY_MOVE(Turn)
+
+    /// False: it did not come by the deadline.
+    bool Wait(Clock::time_point deadline)
+    {
+        std::unique_lock lock(pool_.lock_);
+        while (pool_.turns_.front() != this) {
+            if (Clock::now() >= pool_.EndOf(deadline))
+                return false;
+            pool_.turned_.wait_until(lock, pool_.EndOf(deadline));
+        }
+        return true;
+    }
+
+private:
+    WriterPool &pool_;
+};
+
 WriterPool::WriterPool(Database &database)
     : database_(database)
     , size_(database.Writers())
@@ -74,7 +116,10 @@ std::unique_ptr<Connection> WriterPool::Take(Clock::time_point deadline)
     }
     lock.unlock();
     try {
-        return database_.OpenWriter();
+        auto connection = database_.OpenWriter();
+        if (connection->CurrentDialect() == Dialect::PostgreSql)
+            connection->Execute(LimitWaits);
+        return connection;
     } catch (...) {
         GiveBack(nullptr);
         throw;
@@ -104,12 +149,14 @@ void WriterPool::EndBy(Clock::time_point latest)
         latest_ = latest;
     }
     freed_.notify_all();
+    turned_.notify_all();
 }
 
 void WriterPool::Run(Clock::time_point deadline, const std::function<void(Connection &)> &work)
 {
     using Kind = EStoreError::Kind;
     auto lossDeadline = deadline;
+    std::optional<Turn> turn;
     for (int tries = 0;; ++tries) {
         Clock::time_point again;
         try {
@@ -120,9 +167,18 @@ void WriterPool::Run(Clock::time_point deadline, const std::function<void(Connec
             const bool isLoss = error.WhichKind() == Kind::Lost;
             if (!isLoss && error.WhichKind() != Kind::Conflict)
                 throw;
-            if (isLoss)
+            const bool queues = !isLoss && !turn && tries > 0;
+            if (isLoss) {
+                turn.reset(); // nobody gets on now
                 lossDeadline = std::min(lossDeadline, Clock::now() + PatienceWithLoss);
-            again = Clock::now() + Pause(tries);
+            }
+            if (queues) {
+                turn.emplace(*this);
+                if (!turn->Wait(deadline))
+                    throw;
+                tries = 0;
+            }
+            again = Clock::now() + (queues ? 0ms : Pause(tries));
             if (again >= EndOf(isLoss ? lossDeadline : deadline))
                 throw;
         }

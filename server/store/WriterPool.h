@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -27,6 +28,7 @@ public:
     /// Calls `work` with a connection of its own. After Kind::Conflict, and after Kind::Lost for a
     /// few seconds, it is called again with growing pauses, for as long as there is time; then the
     /// error is thrown. So `work` starts afresh each time and writes in one Transaction at most.
+    /// From its second conflict on it waits for its turn among those of whom that is true.
     /// Other errors are thrown at once. At the deadline a statement that still runs, or the wait
     /// for a connection, ends in Kind::Stopped.
     void Run(Clock::time_point deadline, const std::function<void(Connection &)> &work);
@@ -36,6 +38,7 @@ public:
 
 private:
     class Lease;
+    class Turn;
 
     std::unique_ptr<Connection> Take(Clock::time_point deadline);
     Clock::time_point EndOf(Clock::time_point deadline) const;
@@ -48,6 +51,8 @@ private:
     std::vector<std::unique_ptr<Connection>> atRest_; ///< the last used on top
     int taken_ = 0;
     std::atomic<Clock::time_point> latest_ = Clock::time_point::max();
+    std::deque<const Turn *> turns_; ///< the first one's work runs
+    std::condition_variable turned_;
     std::atomic<qint64> repeats_ = 0;
 };
 
