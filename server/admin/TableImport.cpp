@@ -100,29 +100,83 @@ TableImport::TableImport(Store::Connection &connection, const QString &table, Fi
     , file_(FileName(table))
     , findings_(findings)
 {
-    QStringList names;
-    QStringList values;
-    for (const Sql::Column &column : table_.columns) {
-        names += NameOf(column);
-        values += u"?%1"_s.arg(names.size());
-    }
-    insert_ = connection.Prepare(u"INSERT INTO %1 (%2) VALUES (%3) ON CONFLICT DO NOTHING"_s
-                                     .arg(table, names.join(u", "_s), values.join(u", "_s))
-                                     .toUtf8());
+    for (const Sql::Column &column : table_.columns)
+        columns_ += NameOf(column);
 }
 
+/// A table without a fault comes in as quickly as the database can. Another one is read a second
+/// time, row by row, to tell what is wrong where.
 void TableImport::Load(QIODevice &file)
 {
-    CsvReader csv(file);
     try {
-        if (!ReadHeader(csv))
+        CsvReader csv(file);
+        if (!ReadHeader(csv) || StoreAtOnce(csv))
             return;
-        while (!findings_.Full() && csv.Next()) {
-            ++rows_;
-            StoreRow(csv);
-        }
+        file.seek(0);
+        CsvReader again(file);
+        again.Next(); // the header
+        StoreOneByOne(again);
     } catch (const ECsvError &error) {
         Add(error.Line(), {}, error.Message());
+    }
+}
+
+/// False: some row cannot be stored, and none is.
+bool TableImport::StoreAtOnce(CsvReader &csv)
+{
+    Store::Savepoint savepoint(connection_);
+    qint64 rows = 0;
+    bool good = true;
+    try {
+        connection_.InsertRows(QByteArray::fromStdString(table_.name), columns_.join(u',').toUtf8(),
+                               [&](QList<QByteArrayView> &row) {
+                                   if (!csv.Next())
+                                       return false;
+                                   ++rows;
+                                   good = TakeRow(csv, row);
+                                   return good;
+                               });
+    } catch (const ECsvError &) {
+        return false;
+    } catch (const Store::EStoreError &error) {
+        if (error.WhichKind() != Store::EStoreError::Kind::Constraint)
+            throw;
+        return false; // a key that an earlier row has
+    }
+    if (!good)
+        return false;
+    savepoint.Keep();
+    rows_ = rows;
+    return true;
+}
+
+/// The row's values in the order of the table's columns; false: one of them does not fit.
+bool TableImport::TakeRow(const CsvReader &csv, QList<QByteArrayView> &row) const
+{
+    const std::vector<CsvCell> &cells = csv.Cells();
+    if (cells.size() != table_.columns.size())
+        return false;
+    for (std::size_t index = 0; index < places_.size(); ++index) {
+        const CsvCell &cell = cells[static_cast<std::size_t>(places_[index])];
+        if (!ProblemOf(cell, table_.columns[index]).isEmpty())
+            return false;
+        row[static_cast<qsizetype>(index)] = cell.text; // NULL has none
+    }
+    return true;
+}
+
+void TableImport::StoreOneByOne(CsvReader &csv)
+{
+    QStringList values;
+    for (qsizetype place = 1; place <= columns_.size(); ++place)
+        values += u"?%1"_s.arg(place);
+    insert_ = connection_.Prepare(
+        u"INSERT INTO %1 (%2) VALUES (%3) ON CONFLICT DO NOTHING"_s
+            .arg(QString::fromStdString(table_.name), columns_.join(u", "_s), values.join(u", "_s))
+            .toUtf8());
+    while (!findings_.Full() && csv.Next()) {
+        ++rows_;
+        StoreRow(csv);
     }
 }
 

@@ -55,6 +55,9 @@ public:
 
 private:
     bool ReadHeader(CsvReader &csv);
+    bool StoreAtOnce(CsvReader &csv);
+    bool TakeRow(const CsvReader &csv, QList<QByteArrayView> &row) const;
+    void StoreOneByOne(CsvReader &csv);
     void StoreRow(const CsvReader &csv);
     QString ProblemOf(const CsvCell &cell, const Sql::Column &column) const;
     QString TakenColumn(const std::vector<CsvCell> &cells);
@@ -65,6 +68,7 @@ private:
     const Sql::Table &table_;
     QString file_;
     Findings &findings_;
+    QStringList columns_;
     std::unique_ptr<Store::Statement> insert_;
     std::vector<int> places_; ///< of the table's columns in a record
     qint64 rows_ = 0;
