@@ -190,12 +190,15 @@ QList<CheckFinding> CheckDatabase(Store::Database &database, int limit)
 {
     FindingList findings(limit);
     const auto connection = database.OpenWriter(); // the owner sees everything
+    const bool sqlite = connection->CurrentDialect() == Store::Dialect::Sqlite;
     const int version = Store::SchemaVersionOf(*connection);
     if (version != Store::SchemaVersion) {
         findings.Add("schema.version", u"SRV_SCHEMA"_s,
                      version == 0 ? u"数据库中还没有表"_s
                                   : u"数据库的表是版本 %1，本程序需要版本 %2"_s.arg(version).arg(
                                         Store::SchemaVersion));
+        if (!sqlite) // perhaps the reason why there are no tables
+            CheckPostgresSettings(*connection, findings);
         return findings.Take();
     }
     for (const Sql::Table &table : Store::SchemaCatalog().Tables()) {
@@ -203,14 +206,16 @@ QList<CheckFinding> CheckDatabase(Store::Database &database, int limit)
         CheckIndexes(*connection, table, findings);
         CheckSearchObjects(*connection, table, findings);
     }
-    const bool sqlite = connection->CurrentDialect() == Store::Dialect::Sqlite;
-    if (sqlite)
+    if (sqlite) {
         CheckFile(*connection, findings);
-    else
-        CheckPostgres(*connection, findings);
+    } else {
+        CheckPostgresSettings(*connection, findings);
+        CheckPostgresSchema(*connection, findings);
+    }
     if (findings.HasAny({"schema.table", "schema.column"}))
         return findings.Take(); // the rows cannot be read as they should
-    CheckReader(database, findings);
+    if (!findings.HasAny({"role.missing"}))
+        CheckReader(database, findings);
     try {
         CheckRows(*connection, findings);
     } catch (const Store::EStoreError &error) {

@@ -12,42 +12,6 @@ namespace Qel::Admin {
 
 namespace {
 
-void CheckSettings(Store::Connection &connection, FindingList &findings)
-{
-    const auto setting = [&](const char *name) {
-        return connection.QueryText("SELECT current_setting(?1)", {QString::fromLatin1(name)})
-            .value_or(QString());
-    };
-    const QString encoding = setting("server_encoding");
-    if (encoding != "UTF8"_L1)
-        findings.Add("server.encoding", u"server_encoding"_s,
-                     u"数据库的编码是 %1，应为 UTF8"_s.arg(encoding));
-    // What else matters each of the server's sessions sets for itself.
-    for (const char *name : {"fsync", "full_page_writes"})
-        if (const QString value = setting(name); value != "on"_L1)
-            findings.Add("server.setting", QString::fromLatin1(name),
-                         u"设置是 %1，应为 on"_s.arg(value));
-    if (const QString value = setting("synchronous_commit"); value == "off"_L1)
-        findings.Add("server.setting", u"synchronous_commit"_s,
-                     u"设置是 off：已确认的提交可能丢失"_s);
-    // The functions fold case by ICU and sort by "C"; without ICU they cannot be there.
-    if (!connection.Exists("SELECT 1 FROM pg_collation WHERE collname = 'und-x-icu'"))
-        findings.Add("server.collation", u"und-x-icu"_s, u"数据库没有 ICU 排序规则"_s);
-    const QString kind =
-        connection.QueryText("SELECT datctype FROM pg_database WHERE datname = current_database()")
-            .value_or(QString());
-    if (kind.isEmpty())
-        findings.Add("server.collation", u"LC_CTYPE"_s, u"数据库没有字符分类"_s);
-    if (kind == "C"_L1 || kind == "POSIX"_L1)
-        findings.Add("server.collation", u"LC_CTYPE"_s,
-                     u"字符分类是 %1：检索索引不认汉字，检索要读整个表"_s.arg(kind));
-    if (!Store::HasTrigrams(connection))
-        findings.Add("schema.search", QString::fromLatin1(Store::TrigramExtension),
-                     u"没有这个扩展，检索要读整个表；请安装它，由超级用户执行 CREATE SCHEMA IF NOT"
-                     " EXISTS qel_search; CREATE EXTENSION pg_trgm SCHEMA qel_search; 再执行"
-                     " qel-server reindex"_s);
-}
-
 void CheckFunctions(Store::Connection &connection, FindingList &findings)
 {
     QStringList expected = Store::SchemaFunctions();
@@ -131,9 +95,42 @@ void CheckRoleFunctions(Store::Connection &connection, FindingList &findings)
 
 } // namespace
 
-void CheckPostgres(Store::Connection &connection, FindingList &findings)
+void CheckPostgresSettings(Store::Connection &connection, FindingList &findings)
 {
-    CheckSettings(connection, findings);
+    const auto setting = [&](const char *name) {
+        return connection.QueryText("SELECT current_setting(?1)", {QString::fromLatin1(name)})
+            .value_or(QString());
+    };
+    const QString encoding = setting("server_encoding");
+    if (encoding != "UTF8"_L1)
+        findings.Add("server.encoding", u"server_encoding"_s,
+                     u"数据库的编码是 %1，应为 UTF8"_s.arg(encoding));
+    // What else matters each of the server's sessions sets for itself.
+    for (const char *name : {"fsync", "full_page_writes"})
+        if (const QString value = setting(name); value != "on"_L1)
+            findings.Add("server.setting", QString::fromLatin1(name),
+                         u"设置是 %1，应为 on"_s.arg(value));
+    if (const QString value = setting("synchronous_commit"); value == "off"_L1)
+        findings.Add("server.setting", u"synchronous_commit"_s,
+                     u"设置是 off：已确认的提交可能丢失"_s);
+    // The functions fold case by ICU and sort by "C"; without ICU they cannot be there.
+    if (!connection.Exists("SELECT 1 FROM pg_collation WHERE collname = 'und-x-icu'"))
+        findings.Add("server.collation", u"und-x-icu"_s, u"数据库没有 ICU 排序规则"_s);
+    const QString kind =
+        connection.QueryText("SELECT datctype FROM pg_database WHERE datname = current_database()")
+            .value_or(QString());
+    if (kind == "C"_L1 || kind == "POSIX"_L1)
+        findings.Add("server.collation", u"LC_CTYPE"_s,
+                     u"字符分类是 %1：检索索引不认汉字，检索要读整个表"_s.arg(kind));
+}
+
+void CheckPostgresSchema(Store::Connection &connection, FindingList &findings)
+{
+    if (!Store::HasTrigrams(connection))
+        findings.Add("schema.search", QString::fromLatin1(Store::TrigramExtension),
+                     u"没有这个扩展，检索要读整个表；请安装它，由超级用户执行 CREATE SCHEMA IF NOT"
+                     " EXISTS qel_search; CREATE EXTENSION pg_trgm SCHEMA qel_search; 再执行"
+                     " qel-server reindex"_s);
     CheckFunctions(connection, findings);
     CheckRole(connection, findings);
     CheckRoleFunctions(connection, findings);

@@ -1,14 +1,13 @@
 #include "dataset/ClientDataSet.h"
 #include "remote/SoapCtrl.h"
 #include "support/ServerProcess.h"
+#include "support/TestAuthority.h"
 #include "support/TestDatabase.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSslCertificate>
-#include <QSslConfiguration>
 #include <QSslSocket>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
@@ -19,59 +18,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Patience = 20'000; ///< milliseconds
-
-/// Certificates made for one run by the program that administrators make theirs with: a key in the
-/// tree would be one that everybody has, and a certificate there would end some day.
-class Authority
-{
-public:
-    Authority()
-    {
-        Run({u"req"_s, u"-x509"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s,
-             u"ec_paramgen_curve:prime256v1"_s, u"-nodes"_s, u"-days"_s, u"2"_s, u"-subj"_s,
-             u"/CN=Test authority"_s, u"-keyout"_s, File(u"ca.key"_s), u"-out"_s,
-             File(u"ca.pem"_s)});
-    }
-
-    /// NAME.pem and NAME.key, for a host ("IP:127.0.0.1", "DNS:example").
-    void Issue(const QString &name, const QString &host)
-    {
-        Run({u"req"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s, u"ec_paramgen_curve:prime256v1"_s,
-             u"-nodes"_s, u"-subj"_s, u"/CN="_s + name, u"-keyout"_s, File(name + u".key"_s),
-             u"-out"_s, File(name + u".csr"_s)});
-        QFile extensions(File(name + u".ext"_s));
-        QVERIFY(extensions.open(QIODevice::WriteOnly));
-        extensions.write("subjectAltName=" + host.toUtf8() + '\n');
-        extensions.close();
-        Run({u"x509"_s, u"-req"_s, u"-in"_s, File(name + u".csr"_s), u"-CA"_s, File(u"ca.pem"_s),
-             u"-CAkey"_s, File(u"ca.key"_s), u"-CAcreateserial"_s, u"-days"_s, u"2"_s,
-             u"-extfile"_s, extensions.fileName(), u"-out"_s, File(name + u".pem"_s)});
-    }
-
-    QString File(const QString &name) const { return folder_.filePath(name); }
-    QStringList Options(const QString &name) const
-    {
-        return {u"--cert"_s, File(name + u".pem"_s), u"--key"_s, File(name + u".key"_s)};
-    }
-    /// Clients of this process believe the authority, and nobody else.
-    void Trust() const
-    {
-        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-        configuration.setCaCertificates(QSslCertificate::fromPath(File(u"ca.pem"_s)));
-        QSslConfiguration::setDefaultConfiguration(configuration);
-    }
-
-private:
-    static void Run(const QStringList &arguments)
-    {
-        QProcess openssl;
-        openssl.start(u"openssl"_s, arguments);
-        QVERIFY2(openssl.waitForFinished(Patience) && openssl.exitCode() == 0,
-                 openssl.readAllStandardError().constData());
-    }
-
-    QTemporaryDir folder_;
-};
 
 /// What a client that asks for `sql` gets to hear; empty: the rows came.
 QString TroubleWith(quint16 port, const QString &host = u"127.0.0.1"_s)
@@ -156,7 +102,7 @@ private slots:
         QFETCH(bool, trusted);
         ServerProcess server(Options(certificate));
         if (!trusted)
-            Authority().Trust();
+            TestAuthority().Trust();
         const QString trouble = TroubleWith(server.Port());
         authority_.Trust();
         QCOMPARE(trouble,
@@ -260,7 +206,7 @@ private:
         return QStringList{u"--database"_s, site_.Url()} + authority_.Options(certificate);
     }
 
-    Authority authority_;
+    TestAuthority authority_;
     TestDatabase site_;
 };
 
