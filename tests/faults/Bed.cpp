@@ -21,7 +21,12 @@ public:
         return u"sqlite:"_s + folder + u"/faults.sqlite"_s;
     }
     void WaitUntilQuiet(const QString &) override {} // it lived in the server's process
-    void Restart(const QString &, Stop) override { throw EQelError(u"SQLite 没有服务器。"_s); }
+    void Restart(const QString &, Stop) override { HasNoServer(); }
+    void Freeze() override { HasNoServer(); }
+    void Thaw() override { HasNoServer(); }
+
+private:
+    [[noreturn]] static void HasNoServer() { throw EQelError(u"SQLite 没有服务器。"_s); }
 };
 
 } // namespace

@@ -28,6 +28,9 @@ public:
     virtual void WaitUntilQuiet(const QString &url) = 0;
     /// Returns when the database takes connections again. Only where the database is a server.
     virtual void Restart(const QString &url, Stop how) = 0;
+    /// The database keeps its connections and answers nothing until it is thawed.
+    virtual void Freeze() = 0;
+    virtual void Thaw() = 0;
 
     QString NewFolder() const;
 

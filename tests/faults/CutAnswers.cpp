@@ -2,10 +2,12 @@
 #include "faults/CuttingProxy.h"
 #include "faults/Scenarios.h"
 #include "faults/Site.h"
+#include "faults/StreamCutter.h"
 
 #include "dataset/ClientDataSet.h"
 #include "host/Session.h"
 #include "remote/SoapCtrl.h"
+#include "support/TestAuthority.h"
 
 #include <algorithm>
 #include <optional>
@@ -22,36 +24,58 @@ constexpr int ResetShare = 4; ///< one connection in so many ends by a reset
 class CutClient
 {
 public:
-    CutClient(Site &site, const Task &task, Findings &findings)
-        : proxy_(site.Port())
+    /// `scheme`: "http" or "https".
+    CutClient(Site &site, Cutter &cutter, const QString &scheme, const Task &task,
+              Findings &findings)
+        : cutter_(cutter)
+        , scheme_(scheme)
         , random_(task.seed)
         , most_(task.count)
         , findings_(findings)
         , connection_(site.Connect())
     {
-        const QString post = u"NorvaneServlet"_s;
-        soap_.SetServletURL(Address(), u"NorvaneSelectServlet"_s, post, post);
     }
 
     qint64 Cuts() const { return cuts_; }
 
-    void Run()
+    /// `encoding`: of the answers, for the findings.
+    void CutQueriesAndPosts(const QString &encoding)
     {
-        for (const QByteArray &mediaType :
-             {QByteArray(Wire::CborType), QByteArray(Wire::JsonType)}) {
-            proxy_.SetAccept(mediaType);
-            encoding_ = QString::fromLatin1(mediaType);
-            CutQueries();
-            CutPosts();
+        encoding_ = encoding;
+        CutQueries();
+        CutPosts();
+    }
+
+    void CutSessions()
+    {
+        encoding_ = u"session"_s;
+        Host::Session whole;
+        Host::Session session;
+        const auto fetch = [&] { session = Host::FetchSession(QUrl(Address())); };
+        cutter_.Cut({});
+        fetch();
+        whole = session;
+        for (const qsizetype length : Lengths(cutter_.LastAnswerSize())) {
+            // More than once, in case the network repeats it by itself.
+            cutter_.Cut(QList<qsizetype>(5, length), Reset());
+            if (!FailureOf(fetch) && cutter_.Cuts() > 0)
+                Tell(length, session == whole ? u"a session all the same"_s : u"half a session"_s);
         }
-        CutSessions();
     }
 
 private:
     QString Address() const
     {
-        return u"http://%1@127.0.0.1:%2"_s.arg(QString::fromLatin1(own_.credential))
-            .arg(proxy_.Port());
+        return u"%1://%2@127.0.0.1:%3"_s.arg(scheme_, QString::fromLatin1(own_.credential))
+            .arg(cutter_.Port());
+    }
+
+    /// A client without a connection.
+    void Connect()
+    {
+        const QString post = u"NorvaneServlet"_s;
+        soap_.emplace();
+        soap_->SetServletURL(Address(), u"NorvaneSelectServlet"_s, post, post);
     }
 
     void Tell(qsizetype length, const QString &what)
@@ -88,24 +112,26 @@ private:
     void CutQueries()
     {
         const auto query = [this] {
-            soap_.SQLQuery(u"SELECT PRODUCT_ID, PRODUCT_NAME, TRADE_NAME FROM BAS_PRODUCT"
-                           " WHERE PRODUCT_ID LIKE '9000%' ORDER BY PRODUCT_ID"_s,
-                           1, 8, table_, TQueryType::List);
+            soap_->SQLQuery(u"SELECT PRODUCT_ID, PRODUCT_NAME, TRADE_NAME FROM BAS_PRODUCT"
+                            " WHERE PRODUCT_ID LIKE '9000%' ORDER BY PRODUCT_ID"_s,
+                            1, 8, table_, TQueryType::List);
         };
-        proxy_.Cut({});
+        Connect();
+        cutter_.Cut({});
         query();
         const int rows = table_.RecordCount();
         const QString first = table_.FieldText(u"PRODUCT_ID");
-        for (const qsizetype length : Lengths(proxy_.LastAnswerSize())) {
-            proxy_.Cut({length, length}, Reset());
-            if (!FailureOf(query))
-                Tell(length, u"the query succeeded"_s);
-            if (proxy_.Requests() != 2)
-                Tell(length, u"asked %1 times"_s.arg(proxy_.Requests()));
+        for (const qsizetype length : Lengths(cutter_.LastAnswerSize())) {
+            Connect();
+            cutter_.Cut({length, length}, Reset());
+            const auto failure = FailureOf(query);
+            if (failure.has_value() != (cutter_.Cuts() == 2))
+                Tell(length, failure.value_or(u"the query succeeded"_s));
+            CheckRequests(length, 2);
             if (table_.RecordCount() != rows || table_.FieldText(u"PRODUCT_ID") != first)
                 Tell(length, u"the table has changed"_s);
         }
-        proxy_.Cut({});
+        cutter_.Cut({});
         if (const auto failure = FailureOf(query))
             findings_.Add(u"afterwards: "_s + *failure);
     }
@@ -115,80 +141,75 @@ private:
     {
         name_ = u"断%1"_s.arg(number);
         const Wire::PostRequest post = NewStore(own_, name_);
-        soap_.RequestParams.Clear();
-        soap_.RequestParams.NewParams();
+        soap_->RequestParams.Clear();
+        soap_->RequestParams.NewParams();
         for (const auto &[name, value] : post.rows.first())
-            soap_.RequestParams.AddParam(name, value);
-        soap_.RequestParams.PostParams();
+            soap_->RequestParams.AddParam(name, value);
+        soap_->RequestParams.PostParams();
         return FailureOf([&] {
-            soap_.PostDataList(post.manager, post.method, soap_.RequestParams, soap_.ResultParams);
+            soap_->PostDataList(post.manager, post.method, soap_->RequestParams,
+                                soap_->ResultParams);
         });
     }
 
     /// Once with one cut answer, once with two and the user pressing the button again.
     void CutPosts()
     {
-        proxy_.Cut({});
+        Connect();
+        cutter_.Cut({});
         if (const auto failure = Post(++number_))
             findings_.Add(*failure);
         CheckEffect(0);
-        for (const qsizetype length : Lengths(proxy_.LastAnswerSize())) {
-            proxy_.Cut({length}, Reset());
+        for (const qsizetype length : Lengths(cutter_.LastAnswerSize())) {
+            Connect();
+            cutter_.Cut({length}, Reset());
             if (const auto failure = Post(++number_))
                 Tell(length, *failure);
-            if (proxy_.Requests() != 2)
-                Tell(length, u"posted %1 times"_s.arg(proxy_.Requests()));
+            CheckRequests(length, 2);
             CheckEffect(length);
 
-            proxy_.Cut({length, length}, Reset());
-            if (!Post(++number_))
-                Tell(length, u"the post succeeded without an answer"_s);
-            if (const auto failure = Post(number_))
-                Tell(length, u"again: "_s + *failure);
-            if (proxy_.Requests() != 3)
-                Tell(length, u"posted %1 times"_s.arg(proxy_.Requests()));
+            Connect();
+            cutter_.Cut({length, length}, Reset());
+            const auto failure = Post(++number_);
+            if (failure.has_value() != (cutter_.Cuts() == 2))
+                Tell(length, failure.value_or(u"the post succeeded without an answer"_s));
+            if (failure) {
+                if (const auto again = Post(number_))
+                    Tell(length, u"again: "_s + *again);
+                CheckRequests(length, 3);
+            }
             CheckEffect(length);
         }
+    }
+
+    /// One for each cut and one for the answer, as the client repeats once and no more.
+    void CheckRequests(qsizetype length, int most)
+    {
+        if (cutter_.Requests() != std::min(cutter_.Cuts() + 1, most))
+            Tell(length, u"asked %1 times"_s.arg(cutter_.Requests()));
     }
 
     /// The last post is stored, and once.
     void CheckEffect(qsizetype length)
     {
-        if (soap_.ResultParams.GetResultCode(0) != u"1")
-            Tell(length, u"result code "_s + soap_.ResultParams.GetResultCode(0));
+        if (soap_->ResultParams.GetResultCode(0) != u"1")
+            Tell(length, u"result code "_s + soap_->ResultParams.GetResultCode(0));
         const QString id = ReadStores(*connection_, own_).value(name_);
-        if (id.isEmpty() || id != soap_.ResultParams.GetParamValue(0, u"CATALOG_ID"_s))
+        if (id.isEmpty() || id != soap_->ResultParams.GetParamValue(0, u"CATALOG_ID"_s))
             Tell(length, u"the row has the id %1"_s.arg(id));
         const QStringList entries = ReadEntries(*connection_, own_, lastEntry_);
         if (entries.size() != 1)
             Tell(length, u"%1 entries in the log"_s.arg(entries.size()));
     }
 
-    void CutSessions()
-    {
-        proxy_.SetAccept({});
-        encoding_ = u"session"_s;
-        Host::Session whole;
-        Host::Session session;
-        const auto fetch = [&] { session = Host::FetchSession(QUrl(Address())); };
-        proxy_.Cut({});
-        fetch();
-        whole = session;
-        for (const qsizetype length : Lengths(proxy_.LastAnswerSize())) {
-            // More than once, in case the network repeats it by itself.
-            proxy_.Cut(QList<qsizetype>(5, length), Reset());
-            if (!FailureOf(fetch))
-                Tell(length, session == whole ? u"a session all the same"_s : u"half a session"_s);
-        }
-    }
-
-    CuttingProxy proxy_;
+    Cutter &cutter_;
+    QString scheme_;
     Random random_;
     int most_;
     Findings &findings_;
     std::unique_ptr<Store::Connection> connection_;
     const Domain own_{0};
-    TSoapCtrl soap_;
+    std::optional<TSoapCtrl> soap_;
     ClientDataSet table_;
     QString encoding_;
     qint64 cuts_ = 0;
@@ -207,8 +228,32 @@ Outcome CutAnswers(const Task &task)
     const QString folder = task.bed.NewFolder();
     Site site(task.bed.NewDatabase(folder), folder, task.withSampleData, 1);
     site.StartServer();
-    CutClient client(site, task, findings);
-    client.Run();
+    CuttingProxy proxy(site.Port());
+    CutClient client(site, proxy, u"http"_s, task, findings);
+    for (const char *mediaType : {Wire::CborType, Wire::JsonType}) {
+        proxy.SetAccept(mediaType);
+        client.CutQueriesAndPosts(QString::fromLatin1(mediaType));
+    }
+    proxy.SetAccept({});
+    client.CutSessions();
+    return findings.Result(u"%1 places to cut"_s.arg(Counted(client.Cuts())), {});
+}
+
+/// The same with TLS, from the first byte of the server's handshake on. That a stream ends without
+/// the alert that closes it is no end of an answer.
+Outcome CutTls(const Task &task)
+{
+    Findings findings;
+    TestAuthority authority;
+    authority.Issue(u"server"_s, u"IP:127.0.0.1"_s);
+    authority.Trust();
+    const QString folder = task.bed.NewFolder();
+    Site site(task.bed.NewDatabase(folder), folder, task.withSampleData, 1);
+    site.LaunchServer(authority.Options(u"server"_s));
+    StreamCutter cutter(site.Port());
+    CutClient client(site, cutter, u"https"_s, task, findings);
+    client.CutQueriesAndPosts(u"TLS"_s);
+    client.CutSessions();
     return findings.Result(u"%1 places to cut"_s.arg(Counted(client.Cuts())), {});
 }
 

@@ -2,7 +2,6 @@
 
 #include "faults/Line.h"
 
-#include <arpa/inet.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -27,17 +26,8 @@ QByteArray WithAccept(QByteArray request, const QByteArray &mediaType)
 
 CuttingProxy::CuttingProxy(quint16 serverPort)
     : serverPort_(serverPort)
-    , listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    , thread_([this] { Run(); })
 {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ::bind(listener_, reinterpret_cast<sockaddr *>(&address), size);
-    ::listen(listener_, 16);
-    ::getsockname(listener_, reinterpret_cast<sockaddr *>(&address), &size);
-    port_ = ntohs(address.sin_port);
-    thread_ = std::thread([this] { Run(); });
 }
 
 CuttingProxy::~CuttingProxy()
@@ -46,39 +36,18 @@ CuttingProxy::~CuttingProxy()
     thread_.join();
     for (const Peer &peer : peers_)
         ::close(peer.socket);
-    ::close(listener_);
-}
-
-void CuttingProxy::Cut(const QList<qsizetype> &lengths, bool reset)
-{
-    const std::lock_guard lock(lock_);
-    lengths_ = lengths;
-    reset_ = reset;
-    requests_ = 0;
 }
 
 void CuttingProxy::SetAccept(const QByteArray &mediaType)
 {
-    const std::lock_guard lock(lock_);
+    const std::lock_guard lock(acceptLock_);
     accept_ = mediaType;
-}
-
-int CuttingProxy::Requests() const
-{
-    const std::lock_guard lock(lock_);
-    return requests_;
-}
-
-qsizetype CuttingProxy::LastAnswerSize() const
-{
-    const std::lock_guard lock(lock_);
-    return lastAnswerSize_;
 }
 
 void CuttingProxy::Run()
 {
     while (!stop_) {
-        std::vector<pollfd> watched{{listener_, POLLIN, 0}};
+        std::vector<pollfd> watched{{Listener(), POLLIN, 0}};
         for (const Peer &peer : peers_)
             watched.push_back({peer.socket, POLLIN, 0});
         if (::poll(watched.data(), watched.size(), LookTime) <= 0)
@@ -90,7 +59,7 @@ void CuttingProxy::Run()
             peers_.erase(peers_.begin() + std::ptrdiff_t(at - 1));
         }
         if (watched[0].revents != 0)
-            peers_.push_back({::accept(listener_, nullptr, nullptr), {}});
+            peers_.push_back({::accept(Listener(), nullptr, nullptr), {}});
     }
 }
 
@@ -109,21 +78,22 @@ bool CuttingProxy::Serve(Peer &peer)
     return Answer(peer, request);
 }
 
-bool CuttingProxy::Answer(Peer &peer, QByteArray request)
+bool CuttingProxy::Answer(const Peer &peer, QByteArray request)
 {
-    const std::lock_guard lock(lock_);
-    ++requests_;
-    if (!accept_.isEmpty())
-        request = WithAccept(request, accept_);
-    const QByteArray answer = Line(serverPort_).AskBytes(request);
-    lastAnswerSize_ = answer.size();
-    const bool isCut = !lengths_.isEmpty();
-    const qsizetype length = isCut ? std::min(lengths_.takeFirst(), answer.size()) : answer.size();
-    ::send(peer.socket, answer.constData(), std::size_t(length), MSG_NOSIGNAL);
-    if (isCut && reset_) {
-        const linger atOnce{1, 0};
-        ::setsockopt(peer.socket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    CountRequest();
+    {
+        const std::lock_guard lock(acceptLock_);
+        if (!accept_.isEmpty())
+            request = WithAccept(request, accept_);
     }
+    const QByteArray answer = Line(serverPort_).AskBytes(request);
+    const qsizetype length = TakeLength().value_or(answer.size());
+    const bool isCut = length < answer.size();
+    CountAnswer(answer.size(), isCut);
+    ::send(peer.socket, answer.constData(), std::size_t(std::min(length, answer.size())),
+           MSG_NOSIGNAL);
+    if (isCut)
+        PrepareClose(peer.socket);
     return !isCut;
 }
 

@@ -1,14 +1,9 @@
 #include "faults/Bed.h"
 #include "faults/Scenarios.h"
 #include "faults/Site.h"
-
-#include "dataset/QelError.h"
+#include "faults/SmallDisk.h"
 
 #include <QDir>
-#include <QFile>
-
-#include <sys/mount.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -21,45 +16,6 @@ constexpr int ClientCount = 4;
 constexpr auto RefusalTime = 30s;   ///< in which some post must have met the full disk
 constexpr auto FullTime = 1s;       ///< from then on, how long it stays full
 constexpr int MostLeft = 64 * 1024; ///< bytes that are left free
-
-/// A file system of its own, of 32 MiB, and something to fill it with.
-class SmallDisk
-{
-public:
-    explicit SmallDisk(const QString &folder)
-        : folder_(folder)
-        , ballast_(folder + u"/ballast"_s)
-        , isMounted_(::mount("tmpfs", folder.toUtf8().constData(), "tmpfs", 0, "size=32m") == 0)
-    {
-    }
-    ~SmallDisk()
-    {
-        Empty();
-        if (isMounted_)
-            ::umount2(folder_.toUtf8().constData(), MNT_DETACH);
-    }
-    Q_DISABLE_COPY_MOVE(SmallDisk)
-
-    bool IsMounted() const { return isMounted_; }
-
-    /// Until it is full but for `left` bytes.
-    void Fill(qint64 left)
-    {
-        if (!ballast_.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-            throw EQelError(ballast_.errorString());
-        const QByteArray block(4096, 'x');
-        while (ballast_.write(block) == block.size()) {
-        }
-        ballast_.resize(std::max<qint64>(0, ballast_.size() - left));
-        ballast_.close();
-    }
-    void Empty() { ballast_.remove(); }
-
-private:
-    QString folder_;
-    QFile ballast_;
-    bool isMounted_;
-};
 
 /// Holds good queries against the server for this long.
 void AskMeanwhile(const Site &site, std::chrono::nanoseconds time, Times &queries,

@@ -28,18 +28,25 @@ qsizetype WholeMessage(const QByteArray &message)
     return head + 4 + lines.mid(from, lines.indexOf('\r', from) - from).trimmed().toLongLong();
 }
 
-Line::Line(quint16 port)
-    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+int ConnectedSocket(quint16 port)
 {
+    const int made = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const int on = 1;
-    ::setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &Patience, sizeof Patience);
+    ::setsockopt(made, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(socket_, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0)
-        Close();
+    if (::connect(made, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0)
+        return made;
+    ::close(made);
+    return -1;
+}
+
+Line::Line(quint16 port)
+    : socket_(ConnectedSocket(port))
+{
+    ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &Patience, sizeof Patience);
 }
 
 Line::~Line()

@@ -8,6 +8,9 @@ namespace Qel::Faults {
 /// yet.
 qsizetype WholeMessage(const QByteArray &message);
 
+/// A socket that is connected to the port of this machine; -1: nobody listens there.
+int ConnectedSocket(quint16 port);
+
 /// A connection to a server over a plain socket, kept alive. Any thread may use it, one at a time.
 class Line
 {

@@ -4,8 +4,6 @@
 #include "store/Database.h"
 
 #include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QUrl>
 
 #include <pwd.h>
@@ -51,34 +49,23 @@ QByteArray Sessions(const QByteArray &what)
 
 } // namespace
 
-PostgresBed::PostgresBed()
-    : file_(Folder().filePath(u"postgres.url"_s))
-{
-    RunScript({u"start"_s, file_, u"durable"_s});
-}
-
-PostgresBed::~PostgresBed()
-{
-    QProcess::execute(QStringLiteral(QEL_POSTGRES_CLUSTER), {u"stop"_s, file_});
-}
-
 QString PostgresBed::NewDatabase(const QString &folder)
 {
     const QString name = u"faults_%1"_s.arg(++databases_);
     const QString tables = folder + u"/tables"_s;
     QDir().mkdir(tables);
     GiveToPostgres(tables);
-    const auto maintenance = Maintenance();
+    const auto maintenance = cluster_.Superuser();
     maintenance->Execute(
         u"CREATE TABLESPACE %1 OWNER qel LOCATION '%2'"_s.arg(name, tables).toUtf8());
     maintenance->Execute(
         u"CREATE DATABASE %1 OWNER qel TABLESPACE %1 STRATEGY file_copy"_s.arg(name).toUtf8());
-    return UrlOf(u"qel"_s, name);
+    return cluster_.Url(name);
 }
 
 void PostgresBed::WaitUntilQuiet(const QString &url)
 {
-    const auto maintenance = Maintenance();
+    const auto maintenance = cluster_.Superuser();
     for (const Stopwatch watch; maintenance->Exists(Sessions("1"), {DatabaseOf(url)});) {
         if (watch.Elapsed() > Patience)
             throw EQelError(u"服务器已死，数据库里还有它的会话。"_s);
@@ -90,9 +77,9 @@ void PostgresBed::Restart(const QString &url, Stop how)
 {
     switch (how) {
     case Stop::Fast:
-        return RunScript({u"restart"_s, file_, u"fast"_s});
+        return cluster_.Restart(u"fast"_s);
     case Stop::Immediate:
-        return RunScript({u"restart"_s, file_, u"immediate"_s});
+        return cluster_.Restart(u"immediate"_s);
     case Stop::KillSession:
         return KillSession(url);
     }
@@ -101,40 +88,18 @@ void PostgresBed::Restart(const QString &url, Stop how)
 void PostgresBed::KillSession(const QString &url) const
 {
     const auto session =
-        Maintenance()->QueryText(Sessions("pid") + " ORDER BY random()", {DatabaseOf(url)});
+        cluster_.Superuser()->QueryText(Sessions("pid") + " ORDER BY random()", {DatabaseOf(url)});
     if (!session || ::kill(session->toInt(), SIGKILL) != 0)
         throw EQelError(u"没有可以终止的数据库会话。"_s);
     for (const Stopwatch watch; watch.Elapsed() < Patience;) {
         try {
-            Maintenance()->Exists("SELECT 1");
+            cluster_.Superuser()->Exists("SELECT 1");
             return;
         } catch (const Store::EStoreError &) {
             std::this_thread::sleep_for(5ms); // it is recovering
         }
     }
     throw EQelError(u"数据库没有恢复。"_s);
-}
-
-QString PostgresBed::UrlOf(const QString &user, const QString &database) const
-{
-    QFile file(file_);
-    if (!file.open(QIODevice::ReadOnly))
-        throw EQelError(file.errorString());
-    return QString::fromUtf8(file.readAll())
-        .trimmed()
-        .replace(u"//qel@"_s, u"//%1@"_s.arg(user))
-        .replace(u"/postgres?"_s, u"/%1?"_s.arg(database));
-}
-
-std::unique_ptr<Store::Connection> PostgresBed::Maintenance() const
-{
-    return Store::Database::Open(UrlOf(u"postgres"_s, u"postgres"_s))->OpenWriter();
-}
-
-void PostgresBed::RunScript(const QStringList &arguments) const
-{
-    if (QProcess::execute(QStringLiteral(QEL_POSTGRES_CLUSTER), arguments) != 0)
-        throw EQelError(u"PostgreSQL：%1 没有成功。"_s.arg(arguments.first()));
 }
 
 } // namespace Qel::Faults

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "faults/Bed.h"
-#include "store/Connection.h"
+#include "support/PostgresCluster.h"
 
 namespace Qel::Faults {
 
@@ -9,22 +9,23 @@ namespace Qel::Faults {
 class PostgresBed : public Bed
 {
 public:
-    PostgresBed();
-    ~PostgresBed() override;
+    /// `logFolder`: where the write-ahead log stands, in small files; empty: with the rest.
+    explicit PostgresBed(const QString &logFolder = {})
+        : cluster_(logFolder)
+    {
+    }
 
     QString Name() const override { return QStringLiteral("postgresql"); }
     QString NewDatabase(const QString &folder) override;
     void WaitUntilQuiet(const QString &url) override;
     void Restart(const QString &url, Stop how) override;
+    void Freeze() override { cluster_.Freeze(); }
+    void Thaw() override { cluster_.Thaw(); }
 
 private:
-    QString UrlOf(const QString &user, const QString &database) const;
-    /// As the superuser.
-    std::unique_ptr<Store::Connection> Maintenance() const;
-    void RunScript(const QStringList &arguments) const;
     void KillSession(const QString &url) const;
 
-    QString file_; ///< holds the cluster's address
+    PostgresCluster cluster_;
     int databases_ = 0;
 };
 

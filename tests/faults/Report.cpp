@@ -61,10 +61,19 @@ double Times::Quantile(double share) const
 
 QString Times::Text() const
 {
-    const auto text = [this](double share) {
-        return u"%1 ms"_s.arg(Quantile(share), 0, 'f', Quantile(share) < 10 ? 1 : 0);
-    };
-    return u"p50 %1, p99 %2, longest %3"_s.arg(text(0.5), text(0.99), text(1));
+    return u"p50 %1, p99 %2, longest %3"_s.arg(MillisecondsText(Quantile(0.5)),
+                                               MillisecondsText(Quantile(0.99)),
+                                               MillisecondsText(Quantile(1)));
+}
+
+QString MillisecondsText(double milliseconds)
+{
+    return u"%1 ms"_s.arg(milliseconds, 0, 'f', milliseconds < 10 ? 1 : 0);
+}
+
+QString MillisecondsText(std::chrono::nanoseconds time)
+{
+    return MillisecondsText(std::chrono::duration<double, std::milli>(time).count());
 }
 
 QString Counted(qint64 number)

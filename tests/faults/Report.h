@@ -44,6 +44,10 @@ private:
     std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
 };
 
+/// 12.5 as "13 ms", 1.25 as "1.3 ms".
+QString MillisecondsText(double milliseconds);
+QString MillisecondsText(std::chrono::nanoseconds time);
+
 /// Times of one kind, in milliseconds.
 class Times
 {

@@ -12,16 +12,6 @@ namespace {
 
 constexpr int ClientCount = 6;
 constexpr int LongestRun = 250'000; ///< microseconds of load before a stop
-constexpr auto Patience = std::chrono::seconds(30);
-
-/// From now until the service answers a query.
-std::chrono::nanoseconds TimeToAnswer(const Site &site)
-{
-    const Stopwatch watch;
-    while (!site.Answers() && watch.Elapsed() < Patience)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a client that tries again
-    return watch.Elapsed();
-}
 
 } // namespace
 
@@ -44,7 +34,7 @@ Outcome RestartDatabase(const Task &task)
         Load load(clients, site.Port());
         std::this_thread::sleep_for(std::chrono::microseconds(Between(random, 0, LongestRun)));
         task.bed.Restart(site.Url(), how);
-        back.Add(TimeToAnswer(site));
+        back.Add(site.TimeToAnswer());
         load.Stop();
         CheckAll(clients, *site.Connect());
     }

@@ -36,10 +36,13 @@ struct Scenario
 
 Outcome KillServer(const Task &task);
 Outcome CutAnswers(const Task &task);
+Outcome CutTls(const Task &task);
 Outcome SlowClients(const Task &task);
 Outcome LockDatabase(const Task &task);
 Outcome RestartDatabase(const Task &task);
+Outcome HangDatabase(const Task &task);
 Outcome FillDisk(const Task &task);
+Outcome FillLog(const Task &task);
 Outcome RepeatPost(const Task &task);
 Outcome EditOneRow(const Task &task);
 

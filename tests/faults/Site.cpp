@@ -4,6 +4,8 @@
 #include "store/Schema.h"
 
 #include <QDate>
+#include <QDir>
+#include <QFile>
 
 #include <QProcess>
 
@@ -14,6 +16,7 @@ namespace Qel::Faults {
 namespace {
 
 constexpr std::chrono::seconds StartTime{20}; ///< after which a server is not expected any more
+constexpr std::chrono::seconds Patience{30};
 
 } // namespace
 
@@ -45,15 +48,20 @@ std::unique_ptr<Store::Connection> Site::Connect()
 
 std::chrono::nanoseconds Site::StartServer(const QStringList &more)
 {
-    server_.reset();
     const Stopwatch watch;
-    server_ = std::make_unique<ServerProcess>(QStringList{u"--database"_s, url_} + more, log_);
+    LaunchServer(more);
     while (!Answers()) {
         if (watch.Elapsed() > StartTime)
             throw EQelError(u"服务器没有应答查询。"_s);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return watch.Elapsed();
+}
+
+void Site::LaunchServer(const QStringList &more)
+{
+    server_.reset();
+    server_ = std::make_unique<ServerProcess>(QStringList{u"--database"_s, url_} + more, log_);
 }
 
 void Site::KillServer()
@@ -79,6 +87,28 @@ bool Site::Answers() const
     const HttpReply reply = Line(server_->Port()).Ask(GoodQuery());
     return reply.status == 200 &&
            Wire::DecodeQueryAnswer(reply.body, Wire::Format::Cbor).rows.RowCount() == 1;
+}
+
+std::chrono::nanoseconds Site::TimeToAnswer() const
+{
+    const Stopwatch watch;
+    while (!Answers() && watch.Elapsed() < Patience)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a client that tries again
+    return watch.Elapsed();
+}
+
+Site::Effort Site::ServerEffort() const
+{
+    Effort effort;
+    const QDir threads(u"/proc/%1/task"_s.arg(server_->Process().processId()));
+    for (const QString &thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(threads.filePath(thread + u"/schedstat"_s)); // nanoseconds run and waited
+        const QByteArrayList numbers =
+            file.open(QIODevice::ReadOnly) ? file.readAll().split(' ') : QByteArrayList();
+        effort.ran += std::chrono::nanoseconds(numbers.value(0).toLongLong());
+        effort.waited += std::chrono::nanoseconds(numbers.value(1).toLongLong());
+    }
+    return effort;
 }
 
 QByteArray GoodQuery()

@@ -29,7 +29,8 @@ public:
 
     /// How long it took from the start of the process until a query was answered.
     std::chrono::nanoseconds StartServer(const QStringList &more = {});
-    void KillServer(); ///< SIGKILL
+    void LaunchServer(const QStringList &more); ///< until it listens
+    void KillServer();                          ///< SIGKILL
     /// Starts the server and kills it before or while it prepares its database.
     void KillStarting(std::chrono::microseconds after);
     ServerProcess &Server() { return *server_; }
@@ -37,6 +38,16 @@ public:
 
     /// Whether a query of the operator of domain 0 is answered with its one row.
     bool Answers() const;
+    /// How long it takes from now until it is; half a minute at most.
+    std::chrono::nanoseconds TimeToAnswer() const;
+
+    /// What the threads of the server have done since it started.
+    struct Effort
+    {
+        std::chrono::nanoseconds ran{};
+        std::chrono::nanoseconds waited{}; ///< for a processor, others being at work
+    };
+    Effort ServerEffort() const;
 
 private:
     QString url_;
