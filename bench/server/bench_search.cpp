@@ -171,6 +171,8 @@ void MeasureLists(Store::Database &database)
 {
     const auto reader = database.OpenReader();
     const bool postgres = reader->CurrentDialect() == Store::Dialect::PostgreSql;
+    if (postgres) // or a statement keeps the plan of its first time
+        reader->Execute("SET plan_cache_mode = force_custom_plan");
     const Sql::Catalog plain = WithoutSearch();
     std::printf("%-28s %-14s %8s %10s %10s %8s\n", "page of 50 with total", "term", "found",
                 "index ms", "scan ms", "ratio");
