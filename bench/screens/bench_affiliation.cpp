@@ -162,7 +162,7 @@ int main(int argc, char **argv)
     const QTemporaryDir folder;
     const QString file = folder.filePath(u"affiliation.sqlite"_s);
     Fill(u"sqlite:"_s + file);
-    const ServerRun server(file);
+    const ServerRun server(u"sqlite:"_s + file);
 
     TSoapCtrl &service = (DataModule().DataModuleCreate(), DataModule().SoapCtrl());
     service.SetBusyDelay(std::chrono::minutes(1));

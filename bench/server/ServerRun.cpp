@@ -34,11 +34,11 @@ QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteAr
            (key.isEmpty() ? QByteArray() : "\r\nIdempotency-Key: " + key) + "\r\n\r\n" + body;
 }
 
-ServerRun::ServerRun(const QString &file)
+ServerRun::ServerRun(const QString &database)
 {
-    process_.setStandardErrorFile(QProcess::nullDevice());
-    process_.start(QStringLiteral(QEL_SERVER_PROGRAM),
-                   {u"--database"_s, u"sqlite:"_s + file, u"--listen"_s, u"127.0.0.1:0"_s});
+    process_.setStandardErrorFile(qEnvironmentVariable("QEL_SERVER_LOG", QProcess::nullDevice()));
+    process_.start(QStringLiteral(QEL_SERVER_PROGRAM), {u"--database"_s, database, u"--listen"_s,
+                                                        u"127.0.0.1:0"_s, u"--exit-with-parent"_s});
     process_.waitForReadyRead();
     const QByteArray announced = process_.readLine().trimmed();
     port_ = announced.mid(announced.lastIndexOf(':') + 1).toUShort();

@@ -20,15 +20,17 @@ QString UserInfo();
 /// The bytes of a request; `line` is "POST /path", `key` an idempotency key or empty.
 QByteArray Request(const QByteArray &line, const QByteArray &body, const QByteArray &key = {});
 
-/// The built qel-server on a database file, on a free port; ends with the object.
+/// The built qel-server on a database ("sqlite:PATH", "postgresql://..."), on a free port; ends
+/// with the object.
 class ServerRun
 {
 public:
-    explicit ServerRun(const QString &file);
+    explicit ServerRun(const QString &database);
     ~ServerRun();
     Q_DISABLE_COPY_MOVE(ServerRun)
 
     quint16 Port() const { return port_; }
+    qint64 ProcessId() const { return process_.processId(); }
 
 private:
     QProcess process_;

@@ -127,7 +127,7 @@ int main(int argc, char *argv[])
     std::vector<double> direct;
     std::vector<double> trips;
     {
-        const Bench::ServerRun server(file);
+        const Bench::ServerRun server(u"sqlite:"_s + file);
         Bench::HttpLine line(server.Port());
         Direct peer(peerFile);
         const QByteArray empty = Bench::Request("GET /healthz", {});

@@ -149,7 +149,7 @@ int main(int argc, char *argv[])
     std::vector<double> served;
     std::vector<double> direct;
     {
-        const ServerRun server(file);
+        const ServerRun server(u"sqlite:"_s + file);
         HttpLine line(server.Port());
         Direct peer(peerFile);
         for (int round = 0; round < Rounds; ++round) {

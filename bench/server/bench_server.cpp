@@ -1,4 +1,5 @@
 #include "HttpLine.h"
+#include "Organisations.h"
 #include "Pages.h"
 #include "ServerRun.h"
 
@@ -17,10 +18,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Organisations = 100'000;
-constexpr int RegionCount = 1'000; // 100 organisations each
-constexpr int Products = 5'000;    // all in one group's catalogue
-constexpr int GroupSize = 200;     // members; every organisation is in one group
-constexpr int Opened = 100;        // members to whom one owner of so many organisations opens
+constexpr int Products = 5'000; // all in one group's catalogue
+constexpr int GroupSize = 200;  // members; every organisation is in one group
+constexpr int Opened = 100;     // members to whom one owner of so many organisations opens
 
 /// What scans says LOWER, which the search index knows nothing of.
 const PageCase Cases[]{
@@ -110,26 +110,7 @@ void Fill(const QString &url)
     const auto connection = database->OpenWriter();
     Store::CreateSchema(*connection);
     Store::Transaction transaction(*connection);
-    const auto insert = connection->Prepare(
-        "INSERT INTO BAS_ORG (ORG_ID, ORG_CODE, ORG_NAME, ORG_ABBR, ORG_NAME_PY, ORG_TYPE,"
-        " REGION_ID) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
-    const QStringList kinds{u"人民医院"_s, u"中医院"_s, u"妇幼保健院"_s, u"中心卫生院"_s,
-                            u"大药房"_s};
-    for (int at = 0; at < Organisations; ++at) {
-        const QString id = QString::number(200'000 + at);
-        const QString &kind = kinds[at % kinds.size()];
-        const QStringList row{id,
-                              u'H' + id,
-                              u"第%1区%2"_s.arg(at / 5).arg(kind),
-                              kind,
-                              u"DQRMYY"_s,
-                              u"4"_s,
-                              u"%1"_s.arg(at % RegionCount, 6, 10, QChar(u'0'))};
-        for (int column = 0; column < row.size(); ++column)
-            insert->Bind(column + 1, row[column]);
-        insert->Step();
-        insert->Reset();
-    }
+    FillOrganisations(*connection, Organisations);
     FillCatalogue(*connection);
     FillStock(*connection);
     AddOperator(*connection);
@@ -150,7 +131,7 @@ int main(int argc, char *argv[])
     PrintPageHeads();
     bool met = true;
     {
-        const ServerRun server(file);
+        const ServerRun server(u"sqlite:"_s + file);
         HttpLine line(server.Port());
         for (const PageCase &test : Cases)
             met = MeasurePage(test, database, line) && met;

@@ -127,7 +127,7 @@ int main(int argc, char *argv[])
             PrintPlans(test, database);
     } else {
         PrintPageHeads();
-        const ServerRun server(file);
+        const ServerRun server(u"sqlite:"_s + file);
         HttpLine line(server.Port());
         for (const PageCase &test : cases)
             met = MeasurePage(test, database, line) && met;
