@@ -24,7 +24,6 @@ constexpr auto CloseMargin = 1s;  ///< for its clock and ours
 constexpr auto OpenTime = 3s;     ///< in which they all come
 constexpr auto DripPause = 250ms; ///< between two bytes of a slow body or header
 constexpr auto GoodPause = 10ms;  ///< between two good requests
-constexpr int DomainCount = 3;    ///< makes the long answer 5,000 rows
 
 /// How a client is slow.
 enum class Kind { Silent, HalfHeader, DrippingHeader, DrippingBody, NotReading };
