@@ -160,8 +160,8 @@ private:
         delivery.line = &line;
         delivery.time = time;
         delivery.quantity = quantity;
-        delivery.lot =
-            QString::number(random_.Between(100'000, 999'999)) + QChar(u'A' + random_.Below(6));
+        const QChar series(u'A' + random_.Below(6));
+        delivery.lot = QString::number(random_.Between(100'000, 999'999)) + series;
         delivery.insureDate = OfficeDate(time)
                                   .addMonths(random_.Between(LeastMonths, MostMonths))
                                   .toString(u"yyyy-MM-dd 00:00:00"_s);

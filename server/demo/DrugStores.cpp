@@ -131,7 +131,8 @@ std::vector<User> MakeStoreKeepers(const std::vector<Organisation> &organisation
             const auto number = static_cast<qsizetype>(users.size() + keepers.size());
             User keeper;
             keeper.id = MakeId(IdSeries::User, number);
-            keeper.name = random.Pick(words[u"姓"_s]) + random.Pick(words[u"名"_s]);
+            const QString &given = random.Pick(words[u"名"_s]);
+            keeper.name = random.Pick(words[u"姓"_s]) + given;
             keeper.code = initials.Pinyin(keeper.name).toLower() + Padded(number, 4);
             keeper.remark = u"药库管理员"_s;
             keeper.organisation = owner;

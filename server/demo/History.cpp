@@ -63,7 +63,8 @@ Stamp History::Note(const Record &record, const QString &groupId, OfficeTime tim
     for (const Change change : changes) {
         time += wait;
         last = Enter(record, groupId, time, change);
-        wait = random_.Between(1, MaxDaysBetween) * OfficeDay + random_.Below(OfficeDay);
+        const int days = random_.Between(1, MaxDaysBetween);
+        wait = days * OfficeDay + random_.Below(OfficeDay);
     }
     return last;
 }

@@ -47,8 +47,8 @@ OrganisationName OrganisationNames::Hospital(const Region &region, const Hospita
 OrganisationName OrganisationNames::Company(const Region &city, const QString &suffixes,
                                             const QString &kinds, Random &random) const
 {
-    const QString name =
-        city.ShortName() + random.Pick(words_[u"字号"_s]) + random.Pick(words_[suffixes]);
+    const QString &suffix = random.Pick(words_[suffixes]);
+    const QString name = city.ShortName() + random.Pick(words_[u"字号"_s]) + suffix;
     return {name, WithoutLegalForm(name), random.Pick(words_[kinds])};
 }
 

@@ -92,8 +92,8 @@ private:
         organisation.name = name.name;
         organisation.abbr = name.abbr;
         organisation.kind = name.kind;
-        organisation.address = region.fullName + random_.Pick(words_[u"道路"_s]) +
-                               QString::number(random_.Between(1, 680)) + u'号';
+        const QString number = QString::number(random_.Between(1, 680));
+        organisation.address = region.fullName + random_.Pick(words_[u"道路"_s]) + number + u'号';
         organisation.region = &region;
         organisation.state = state;
         organisations_.push_back(std::move(organisation));

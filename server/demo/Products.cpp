@@ -145,10 +145,13 @@ private:
     QString TradeName(const Drug &drug, const Organisation &maker)
     {
         QString &name = tradeNames_[drug.name + maker.id];
-        if (name.isNull())
-            name = random_.Chance(TradeNamePercent)
-                       ? random_.Pick(words_[u"商品名头"_s]) + random_.Pick(words_[u"商品名尾"_s])
-                       : u""_s;
+        if (!name.isNull())
+            return name;
+        name = u""_s;
+        if (random_.Chance(TradeNamePercent)) {
+            const QString &tail = random_.Pick(words_[u"商品名尾"_s]);
+            name = random_.Pick(words_[u"商品名头"_s]) + tail;
+        }
         return name;
     }
 

@@ -9,7 +9,8 @@ namespace Qel::Demo {
 
 /// Pseudo-random numbers that are the same on every platform (SplitMix64; the standard library's
 /// distributions are not). Each subject draws from a stream of its own, named after it, so that
-/// more rows of one do not change the others.
+/// more rows of one do not change the others. Two draws do not stand in one expression: compilers
+/// differ in which they take first.
 class Random
 {
 public:

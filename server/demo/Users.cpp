@@ -64,7 +64,8 @@ std::vector<User> MakeUsers(const std::vector<Organisation> &organisations,
     for (const Organisation *organisation : PlacesOfWork(organisations, random)) {
         User user;
         user.id = MakeId(IdSeries::User, static_cast<qsizetype>(users.size()));
-        user.name = random.Pick(words[u"姓"_s]) + random.Pick(words[u"名"_s]);
+        const QString &given = random.Pick(words[u"名"_s]);
+        user.name = random.Pick(words[u"姓"_s]) + given;
         user.code =
             initials.Pinyin(user.name).toLower() + Padded(static_cast<qsizetype>(users.size()), 4);
         user.remark = random.Pick(words[PostsOf(organisation->type)]);
