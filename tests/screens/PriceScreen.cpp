@@ -1,5 +1,6 @@
 #include "screens/PriceScreen.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 
