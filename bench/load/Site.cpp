@@ -4,6 +4,7 @@
 #include "server/ServerRun.h"
 #include "store/Database.h"
 #include "store/Schema.h"
+#include "store/Statistics.h"
 
 #include <QFile>
 
