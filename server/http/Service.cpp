@@ -177,6 +177,8 @@ Response Service::Handle(const Request &request) noexcept
     } catch (...) {
         response = Failed(std::current_exception(), request, log);
     }
+    if (route && route->method != request.method)
+        response.headers.append({"Allow", route->method});
     response.known = !log.user.isEmpty();
     --metrics_.requestsHandling;
     Count(metrics_, log, route ? route->name : "other", response, begin);

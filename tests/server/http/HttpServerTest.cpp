@@ -133,6 +133,17 @@ private slots:
         QVERIFY(server.process.WaitForLog(error.reference.toUtf8()));
     }
 
+    void WrongMethodIsToldTheRightOne()
+    {
+        Server server;
+        const HttpReply query = server.process.Call({.method = "GET", .path = QueryPath});
+        QCOMPARE(query.status, 405);
+        QCOMPARE(query.Header("Allow"), QByteArray("POST"));
+        const HttpReply session = server.process.Call({.method = "POST", .path = "/session"});
+        QCOMPARE(session.status, 405);
+        QCOMPARE(session.Header("Allow"), QByteArray("GET"));
+    }
+
     void WrongCredentialIsRefusedAndNeverWrittenDown()
     {
         Server server;
