@@ -100,8 +100,7 @@ NumberValue ExactSum::Quotient(qint64 divisor) const
     Size whole = rest / static_cast<Size>(divisor);
     rest %= static_cast<Size>(divisor);
     if (places_ == 0 && rest == 0 && whole <= static_cast<Size>(INT64_MAX))
-        return static_cast<qint64>(total_ < 0 ? -static_cast<qint64>(whole)
-                                              : static_cast<qint64>(whole));
+        return total_ < 0 ? -static_cast<qint64>(whole) : static_cast<qint64>(whole);
     std::string digits;
     int places = places_;
     for (; whole > 0; whole /= 10)

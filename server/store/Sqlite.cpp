@@ -226,7 +226,7 @@ public:
         // A session that meets a gram table for the first time declares it to itself, which a
         // client's statement may not do.
         if (sql.contains(QByteArrayView("QEL_GRAMS_")))
-            Prepare(sql);
+            Prepare(sql, memoryLimit_);
         const QScopedValueRollback<bool> guard(clientText_, true);
         return Prepare(sql, memoryLimit_);
     }

@@ -147,18 +147,7 @@ class SameAnswersTest : public QObject
     Q_OBJECT
 
 private slots:
-    void BothDatabasesAnswerAlike_data()
-    {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<int>("rounds");
-        const quint32 seed = Test::TestSeed();
-        const int rounds = qEnvironmentVariableIntValue("QEL_TEST_ROUNDS");
-        if (rounds <= 0)
-            QTest::addRow("seed %u", seed) << seed << 0;
-        for (int done = 0; done < rounds; done += MostAtOnce) // Qt gives each five minutes
-            QTest::addRow("seed %u", seed + quint32(done / MostAtOnce))
-                << seed + quint32(done / MostAtOnce) << std::min(MostAtOnce, rounds - done);
-    }
+    void BothDatabasesAnswerAlike_data() { Test::AddRounds(MostAtOnce); }
 
     void BothDatabasesAnswerAlike()
     {
