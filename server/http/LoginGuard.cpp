@@ -1,10 +1,14 @@
 #include "http/LoginGuard.h"
 
+#include "http/Problem.h"
+
 #include <QCryptographicHash>
 #include <QRandomGenerator>
 
 #include <algorithm>
 #include <array>
+
+using namespace Qt::StringLiterals;
 
 namespace Qel::Http {
 
@@ -39,40 +43,85 @@ void LoginGuard::Recent<Mapped>::Forget(const QByteArray &key)
     places_.erase(place);
 }
 
-std::optional<std::chrono::seconds>
-LoginGuard::Refuses(const QByteArray &address, const QByteArray &credential, Clock::time_point now)
+LoginGuard::Attempt::Attempt(LoginGuard &guard, const QByteArray &address,
+                             const QByteArray &credential, Clock::time_point deadline,
+                             Clock::time_point now)
+    : guard_(guard)
+    , address_(address)
+    , digest_(guard.Digest(credential))
+    , now_(now)
 {
-    const std::lock_guard lock(lock_);
-    auto *const failures = failures_.Find(address);
-    if (!failures)
-        return std::nullopt;
-    std::erase_if(*failures, [now](Clock::time_point at) { return now - at >= Window; });
-    if (failures->empty()) {
-        failures_.Forget(address);
-        return std::nullopt;
+    std::unique_lock lock(guard_.lock_);
+    while (!guard_.IsKnown(digest_, now_)) {
+        const std::size_t failures = guard_.FailuresOf(address_, now_);
+        if (failures >= MostFailures) {
+            const auto first = guard_.failures_.Find(address_)->front();
+            refused_ = std::chrono::ceil<std::chrono::seconds>(first + Window - now_);
+            return;
+        }
+        std::size_t &taken = guard_.places_[address_];
+        if (failures + taken < MostFailures) {
+            ++taken;
+            hasPlace_ = true;
+            return;
+        }
+        if (Clock::now() >= deadline)
+            throw EProblem("server.busy", u"服务器繁忙，请稍后再试。"_s, Retry);
+        guard_.ended_.wait_until(lock, deadline);
     }
-    if (failures->size() < MostFailures)
-        return std::nullopt;
-    if (const auto *known = known_.Find(Digest(credential)); known && now - *known < KnownFor)
-        return std::nullopt;
-    return std::chrono::ceil<std::chrono::seconds>(failures->front() + Window - now);
 }
 
-void LoginGuard::Failed(const QByteArray &address, const QByteArray &credential,
-                        Clock::time_point now)
+LoginGuard::Attempt::~Attempt()
 {
-    const std::lock_guard lock(lock_);
-    known_.Forget(Digest(credential)); // was taken back
-    auto &failures = failures_.Touch(address);
-    failures.push_back(now);
+    if (!hasPlace_)
+        return;
+    {
+        const std::lock_guard lock(guard_.lock_);
+        guard_.GiveBack(address_);
+    }
+    guard_.ended_.notify_all();
+}
+
+void LoginGuard::Attempt::Failed()
+{
+    const std::lock_guard lock(guard_.lock_);
+    guard_.known_.Forget(digest_); // was taken back
+    auto &failures = guard_.failures_.Touch(address_);
+    failures.push_back(now_);
     if (failures.size() > MostFailures)
         failures.pop_front();
 }
 
-void LoginGuard::Succeeded(const QByteArray &credential, Clock::time_point now)
+void LoginGuard::Attempt::Succeeded()
 {
-    const std::lock_guard lock(lock_);
-    known_.Touch(Digest(credential)) = now;
+    const std::lock_guard lock(guard_.lock_);
+    guard_.known_.Touch(digest_) = now_;
+}
+
+bool LoginGuard::IsKnown(const QByteArray &digest, Clock::time_point now)
+{
+    const auto *known = known_.Find(digest);
+    return known && now - *known < KnownFor;
+}
+
+/// Within the last minute.
+std::size_t LoginGuard::FailuresOf(const QByteArray &address, Clock::time_point now)
+{
+    auto *const failures = failures_.Find(address);
+    if (!failures)
+        return 0;
+    std::erase_if(*failures, [now](Clock::time_point at) { return now - at >= Window; });
+    const std::size_t count = failures->size();
+    if (count == 0)
+        failures_.Forget(address);
+    return count;
+}
+
+void LoginGuard::GiveBack(const QByteArray &address)
+{
+    const auto place = places_.find(address);
+    if (--place->second == 0)
+        places_.erase(place);
 }
 
 std::size_t LoginGuard::AddressCount() const

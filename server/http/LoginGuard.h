@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 
+#include <condition_variable>
 #include <cstddef>
 #include <list>
 #include <mutex>
@@ -17,19 +18,15 @@ namespace Qel::Http {
 /// was good within the last twelve hours goes on being looked at, from wherever it comes: whoever
 /// guesses from the network of an office does not lock out those who work there.
 ///
+/// An attempt has its place among the five from its beginning and gives it back if it did not fail:
+/// of any number that come at once no more than five are looked at and found wrong.
+///
 /// Of one process and in bounded memory: what was not used for longest is forgotten. From any
 /// thread.
 class LoginGuard
 {
 public:
-    /// How long to wait, in whole seconds, if the credential must not be looked at now.
-    /// `address` as LoginAddress gives it; `credential`: the Authorization header.
-    std::optional<std::chrono::seconds> Refuses(const QByteArray &address,
-                                                const QByteArray &credential,
-                                                Clock::time_point now = Clock::now());
-    void Failed(const QByteArray &address, const QByteArray &credential,
-                Clock::time_point now = Clock::now());
-    void Succeeded(const QByteArray &credential, Clock::time_point now = Clock::now());
+    class Attempt;
 
     std::size_t AddressCount() const; ///< that are remembered
 
@@ -62,13 +59,44 @@ private:
     };
 
     QByteArray Digest(const QByteArray &credential) const;
+    std::size_t FailuresOf(const QByteArray &address, Clock::time_point now);
+    bool IsKnown(const QByteArray &digest, Clock::time_point now);
+    void GiveBack(const QByteArray &address);
 
     mutable std::mutex lock_;
     const QByteArray salt_ = NewSalt();
     Recent<std::list<Clock::time_point>> failures_{MostAddresses};
-    Recent<Clock::time_point> known_{MostKnown}; ///< by digest, never the credential itself
+    Recent<Clock::time_point> known_{MostKnown};         ///< by digest, never the credential itself
+    std::unordered_map<QByteArray, std::size_t> places_; ///< taken by attempts, by address
+    std::condition_variable ended_;                      ///< an attempt
 
     static QByteArray NewSalt();
+};
+
+/// One look at a credential, for a scope.
+class LoginGuard::Attempt
+{
+public:
+    /// Waits while the address has no place left and others that have one are still looked at, at
+    /// most until `deadline`: then it throws EProblem. `address` as LoginAddress gives it;
+    /// `credential`: the Authorization header.
+    Attempt(LoginGuard &guard, const QByteArray &address, const QByteArray &credential,
+            Clock::time_point deadline, Clock::time_point now = Clock::now());
+    ~Attempt();
+    Q_DISABLE_COPY_MOVE(Attempt)
+
+    /// How long to wait, in whole seconds, if the credential must not be looked at now.
+    const std::optional<std::chrono::seconds> &Refused() const { return refused_; }
+    void Failed();
+    void Succeeded();
+
+private:
+    LoginGuard &guard_;
+    const QByteArray address_;
+    const QByteArray digest_;
+    const Clock::time_point now_;
+    std::optional<std::chrono::seconds> refused_;
+    bool hasPlace_ = false;
 };
 
 } // namespace Qel::Http

@@ -30,6 +30,9 @@ private:
     int retryAfter_;
 };
 
+/// For what is a matter of the moment; in seconds. Until then another server, or this one, answers.
+constexpr int Retry = 2;
+
 /// The HTTP status of an error code: 400 unless the table says otherwise.
 int StatusOf(const QByteArray &code);
 

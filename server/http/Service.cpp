@@ -78,8 +78,6 @@ struct UnknownToCopy
 {
 };
 
-constexpr int Retry = 2; ///< seconds; until then another server, or this one, answers
-
 LogEntry NewEntry(const Request &request, const QByteArray &address)
 {
     LogEntry log;
@@ -242,7 +240,9 @@ Store::Operator Service::Authenticate(Store::Connection &connection, const Reque
     if (!credential)
         throw EProblem("auth.required", u"请求没有带上用户凭据。"_s);
     const QByteArray from = LoginAddress(log.address);
-    if (const auto wait = logins_.Refuses(from, request.authorization)) {
+    LoginGuard::Attempt attempt(logins_, from, request.authorization,
+                                std::min(request.deadline, stopBy_.load()));
+    if (const auto &wait = attempt.Refused()) {
         ++metrics_.loginsBlocked;
         throw EProblem("auth.too_many", u"登录失败次数过多，请 %1 秒后再试。"_s.arg(wait->count()),
                        static_cast<int>(wait->count()));
@@ -252,10 +252,10 @@ Store::Operator Service::Authenticate(Store::Connection &connection, const Reque
         throw UnknownToCopy();
     if (!user) {
         ++metrics_.loginsFailed;
-        logins_.Failed(from, request.authorization);
+        attempt.Failed();
         throw EProblem("auth.refused", u"用户凭据无效。"_s);
     }
-    logins_.Succeeded(request.authorization);
+    attempt.Succeeded();
     log.user = user->userCode;
     return *std::move(user);
 }

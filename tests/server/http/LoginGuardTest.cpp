@@ -1,9 +1,16 @@
 #include "http/LoginGuard.h"
 #include "http/ClientAddress.h"
+#include "http/Problem.h"
 
 #include "dataset/QelError.h"
 
 #include <QTest>
+
+#include <atomic>
+#include <latch>
+#include <list>
+#include <thread>
+#include <vector>
 
 using namespace Qel::Http;
 using namespace std::chrono_literals;
@@ -14,6 +21,26 @@ const QByteArray Office = LoginAddress("198.51.100.7");
 const QByteArray Home = LoginAddress("203.0.113.9");
 const QByteArray Good = "Basic Z29vZA==";
 const QByteArray Bad = "Basic YmFk";
+
+using Seconds = std::optional<std::chrono::seconds>;
+
+/// Whether the credential would be looked at; its place is given back at once.
+Seconds Refuses(LoginGuard &guard, const QByteArray &address, const QByteArray &credential,
+                Clock::time_point now = Clock::now())
+{
+    return LoginGuard::Attempt(guard, address, credential, Clock::now(), now).Refused();
+}
+
+void Fail(LoginGuard &guard, const QByteArray &address, const QByteArray &credential,
+          Clock::time_point now = Clock::now())
+{
+    LoginGuard::Attempt(guard, address, credential, Clock::now(), now).Failed();
+}
+
+void Succeed(LoginGuard &guard, const QByteArray &credential, Clock::time_point now = Clock::now())
+{
+    LoginGuard::Attempt(guard, Home, credential, Clock::now(), now).Succeeded();
+}
 
 } // namespace
 
@@ -27,12 +54,12 @@ private slots:
         LoginGuard guard;
         const auto begin = Clock::now();
         for (int second = 0; second < 5; ++second) {
-            QVERIFY(!guard.Refuses(Office, Bad, begin + second * 1s));
-            guard.Failed(Office, Bad, begin + second * 1s);
+            QVERIFY(!Refuses(guard, Office, Bad, begin + second * 1s));
+            Fail(guard, Office, Bad, begin + second * 1s);
         }
-        QCOMPARE(guard.Refuses(Office, Bad, begin + 10s).value(), 50s);
-        QCOMPARE(guard.Refuses(Office, Bad, begin + 59'500ms).value(), 1s);
-        QVERIFY(!guard.Refuses(Office, Bad, begin + 60s));
+        QCOMPARE(Refuses(guard, Office, Bad, begin + 10s).value(), 50s);
+        QCOMPARE(Refuses(guard, Office, Bad, begin + 59'500ms).value(), 1s);
+        QVERIFY(!Refuses(guard, Office, Bad, begin + 60s));
     }
 
     void FourFailuresAndOldOnesCloseNothing()
@@ -40,8 +67,8 @@ private slots:
         LoginGuard guard;
         const auto begin = Clock::now();
         for (int minute = 0; minute < 10; ++minute) {
-            guard.Failed(Office, Bad, begin + minute * 20s);
-            QVERIFY(!guard.Refuses(Office, Bad, begin + minute * 20s));
+            Fail(guard, Office, Bad, begin + minute * 20s);
+            QVERIFY(!Refuses(guard, Office, Bad, begin + minute * 20s));
         }
     }
 
@@ -49,40 +76,102 @@ private slots:
     {
         LoginGuard guard;
         for (int at = 0; at < 5; ++at)
-            guard.Failed(Office, Bad);
-        QVERIFY(guard.Refuses(Office, Good));
-        QVERIFY(!guard.Refuses(Home, Good));
+            Fail(guard, Office, Bad);
+        QVERIFY(Refuses(guard, Office, Good));
+        QVERIFY(!Refuses(guard, Home, Good));
     }
 
     void WhoWasGoodWithinTwelveHoursIsNotLockedOutByANeighbour()
     {
         LoginGuard guard;
         const auto begin = Clock::now();
-        guard.Succeeded(Good, begin);
+        Succeed(guard, Good, begin);
         const auto later = begin + 12h - 1min;
         for (int at = 0; at < 5; ++at)
-            guard.Failed(Office, Bad, later);
-        QVERIFY(!guard.Refuses(Office, Good, later));
-        QVERIFY(guard.Refuses(Office, Bad, later));
+            Fail(guard, Office, Bad, later);
+        QVERIFY(!Refuses(guard, Office, Good, later));
+        QVERIFY(Refuses(guard, Office, Bad, later));
         for (int at = 0; at < 5; ++at)
-            guard.Failed(Office, Bad, begin + 12h);
-        QVERIFY(guard.Refuses(Office, Good, begin + 12h));
+            Fail(guard, Office, Bad, begin + 12h);
+        QVERIFY(Refuses(guard, Office, Good, begin + 12h));
     }
 
     void ACredentialThatWasTakenBackIsKnownNoLonger()
     {
         LoginGuard guard;
-        guard.Succeeded(Good);
+        Succeed(guard, Good);
         for (int at = 0; at < 5; ++at)
-            guard.Failed(Office, Good);
-        QVERIFY(guard.Refuses(Office, Good));
+            Fail(guard, Office, Good);
+        QVERIFY(Refuses(guard, Office, Good));
+    }
+
+    void OfManyAtOnceNoMoreThanFiveAreLookedAtAndFail()
+    {
+        LoginGuard guard;
+        std::latch begin(32);
+        std::atomic<int> lookedAt = 0;
+        std::atomic<int> refused = 0;
+        {
+            std::vector<std::jthread> threads;
+            for (int at = 0; at < 32; ++at)
+                threads.emplace_back([&] {
+                    begin.arrive_and_wait();
+                    LoginGuard::Attempt attempt(guard, Office, Bad, Clock::now() + 30s);
+                    if (attempt.Refused())
+                        return void(++refused);
+                    ++lookedAt;
+                    std::this_thread::yield(); // the database is asked
+                    attempt.Failed();
+                });
+        }
+        QCOMPARE(lookedAt.load(), 5);
+        QCOMPARE(refused.load(), 27);
+    }
+
+    void ManyGoodOnesAtOnceAreAllLookedAt()
+    {
+        LoginGuard guard;
+        std::latch begin(32);
+        std::atomic<int> good = 0;
+        {
+            std::vector<std::jthread> threads;
+            for (int at = 0; at < 32; ++at)
+                threads.emplace_back([&, credential = Good + QByteArray::number(at)] {
+                    begin.arrive_and_wait();
+                    LoginGuard::Attempt attempt(guard, Office, credential, Clock::now() + 30s);
+                    if (attempt.Refused())
+                        return;
+                    ++good;
+                    attempt.Succeeded();
+                });
+        }
+        QCOMPARE(good.load(), 32);
+    }
+
+    void AnAttemptThatEndsOtherwiseGivesItsPlaceBack()
+    {
+        LoginGuard guard;
+        for (int at = 0; at < 10; ++at)
+            QVERIFY(!Refuses(guard, Office, Bad));
+    }
+
+    void WhoFindsAllPlacesTakenWaitsNoLongerThanItsTime()
+    {
+        LoginGuard guard;
+        std::list<LoginGuard::Attempt> hanging;
+        for (int at = 0; at < LoginGuard::MostFailures; ++at)
+            hanging.emplace_back(guard, Office, Bad, Clock::now());
+        QVERIFY_THROWS_EXCEPTION(EProblem, Refuses(guard, Office, Good));
+        QVERIFY(!Refuses(guard, Home, Good));
+        hanging.pop_back();
+        QVERIFY(!Refuses(guard, Office, Good));
     }
 
     void MemoryIsBounded()
     {
         LoginGuard guard;
         for (std::size_t at = 0; at < LoginGuard::MostAddresses + 100; ++at)
-            guard.Failed(QByteArray::number(static_cast<qint64>(at)), Bad);
+            Fail(guard, QByteArray::number(static_cast<qint64>(at)), Bad);
         QCOMPARE(guard.AddressCount(), LoginGuard::MostAddresses);
     }
 

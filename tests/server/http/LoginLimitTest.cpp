@@ -3,6 +3,9 @@
 
 #include <QTest>
 
+#include <memory>
+#include <vector>
+
 using namespace Qel;
 using namespace Qt::StringLiterals;
 
@@ -11,15 +14,20 @@ namespace {
 constexpr char Wrong[] = "admin:wrong-wrong-wrong-wrong";
 
 /// The request as a proxy on this machine passes it on.
-HttpReply Session(const ServerProcess &server, const QByteArray &credential,
-                  const QByteArray &from = {})
+QByteArray SessionBytes(const QByteArray &credential, const QByteArray &from = {})
 {
     QByteArray bytes =
         ToBytes({.method = "GET", .path = "/session", .credential = credential}).chopped(2);
     if (!from.isEmpty())
         bytes += "X-Forwarded-For: " + from + "\r\n";
+    return bytes + "\r\n";
+}
+
+HttpReply Session(const ServerProcess &server, const QByteArray &credential,
+                  const QByteArray &from = {})
+{
     RawClient client(server.Port());
-    client.Send(bytes + "\r\n");
+    client.Send(SessionBytes(credential, from));
     return client.Receive();
 }
 
@@ -55,6 +63,24 @@ private slots:
         QCOMPARE(Session(server, "zhang:0123456789abcdef-zhang").status, 429);
         QCOMPARE(server.Metric("qel_logins_failed_total"), 5.0);
         QCOMPARE(server.Metric("qel_logins_blocked_total"), 2.0);
+    }
+
+    void OfThirtyTwoSentAtOnceFiveAreLookedAt()
+    {
+        TestDatabase site;
+        ServerProcess server(QStringList{u"--database"_s, site.Url()} + WithMetrics);
+        std::vector<std::unique_ptr<RawClient>> clients;
+        for (int at = 0; at < 32; ++at) {
+            clients.push_back(std::make_unique<RawClient>(server.Port()));
+            clients.back()->Send(SessionBytes(Wrong).chopped(1));
+        }
+        for (const auto &client : clients)
+            client->Send("\n");
+        QMap<int, int> answers;
+        for (const auto &client : clients)
+            ++answers[client->Receive().status];
+        QCOMPARE(answers, (QMap<int, int>{{401, 5}, {429, 27}}));
+        QCOMPARE(server.Metric("qel_logins_failed_total"), 5.0);
     }
 
     void AMissingCredentialIsNoFailedLogIn()
