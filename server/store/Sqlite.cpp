@@ -223,12 +223,17 @@ public:
 
     std::unique_ptr<Statement> PrepareQuery(QByteArrayView sql) override
     {
-        // A session that meets a gram table for the first time declares it to itself, which a
-        // client's statement may not do.
-        if (sql.contains(QByteArrayView("QEL_GRAMS_")))
-            Prepare(sql, memoryLimit_);
-        const QScopedValueRollback<bool> guard(clientText_, true);
-        return Prepare(sql, memoryLimit_);
+        try {
+            return PrepareClientText(sql);
+        } catch (const EStoreError &error) {
+            if (error.WhichKind() != EStoreError::Kind::Failure ||
+                !sql.contains(QByteArrayView("QEL_GRAMS_")))
+                throw;
+        }
+        // A session that meets a gram table for the first time, or for the first time since the
+        // tables were changed, declares it to itself, which a client's statement may not do.
+        Prepare(sql, memoryLimit_);
+        return PrepareClientText(sql);
     }
 
     qint64 ChangedRows() const override { return sqlite3_changes64(handle_.get()); }
@@ -266,6 +271,12 @@ private:
             throw EStoreError(EStoreError::Kind::Failure, u"只接受一条语句。"_s);
         }
         return std::make_unique<SqliteStatement>(handle_.get(), statement, memoryLimit);
+    }
+
+    std::unique_ptr<Statement> PrepareClientText(QByteArrayView sql)
+    {
+        const QScopedValueRollback<bool> guard(clientText_, true);
+        return Prepare(sql, memoryLimit_);
     }
 
     /// Nobody looks at the clock inside of one function or comparison: no value may be so long

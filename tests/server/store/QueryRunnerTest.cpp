@@ -1,6 +1,7 @@
 #include "store/QueryRunner.h"
 #include "dataset/RowBlock.h"
 #include "sql/SqlError.h"
+#include "store/SearchIndex.h"
 #include "support/TestDatabase.h"
 
 #include <QTest>
@@ -112,6 +113,27 @@ private slots:
         const RowSet rows = RowSet::Load(result.block);
         QCOMPARE(rows.RowCount(), 0);
         QVERIFY(rows.FieldIndex(u"ORG_NAME") >= 0);
+    }
+
+    /// A session of SQLite knows of gram tables that are not there any more.
+    void FindsPartsOfTextsAfterTheSearchIndexesWereMadeAnew()
+    {
+        TestDatabase data;
+        const auto reader = data.Database().OpenReader();
+        Store::QueryRunner runner(*reader, {});
+        const QString first = u"SELECT ORG_ID FROM BAS_ORG WHERE UPPER(ORG_NAME) LIKE '%人民医%'"_s;
+        const QString second =
+            u"SELECT ORG_ID FROM BAS_ORG WHERE UPPER(ORG_NAME) LIKE '%民医院%'"_s;
+        const auto found = runner.Run(first, 0, 0).count;
+        QVERIFY(found > 0);
+        {
+            Store::Transaction transaction(data.Connection());
+            Store::DropSearchIndexes(data.Connection());
+            Store::CreateSearchIndexes(data.Connection());
+            transaction.Commit();
+        }
+        QCOMPARE(runner.Run(second, 0, 0).count, found);
+        QCOMPARE(runner.Run(first, 0, 0).count, found);
     }
 
     void KeepsNullApartAndWritesWholeNumbersWithoutFraction()
