@@ -5,6 +5,7 @@
 #include "admin/Integrity.h"
 #include "admin/NextKeys.h"
 #include "admin/StoredSchema.h"
+#include "store/LargestKey.h"
 #include "store/Migrations.h"
 #include "store/SearchIndex.h"
 
@@ -133,12 +134,7 @@ void CheckSequences(Store::Connection &connection, FindingList &findings)
         if (!nextKeys.contains(name) || table.primaryKey.size() != 1)
             continue;
         const qint64 next = nextKeys[name];
-        // Keys that are no numbers are another finding.
-        const QString key = KeyColumns(name).first();
-        const QString sql =
-            u"SELECT MAX(CAST(%1 AS BIGINT)) FROM %2"
-            " WHERE TRIM(%1, '0123456789') = '' OR TRIM(%1, '0123456789') IS NULL"_s.arg(key, name);
-        const qint64 largest = connection.QueryText(sql.toUtf8()).value_or(u"0"_s).toLongLong();
+        const qint64 largest = Store::LargestKey(connection, name, KeyColumns(name).first());
         if (next <= largest)
             findings.Add("data.sequence", name,
                          u"下一个主键 %1 不大于最大的主键 %2"_s.arg(next).arg(largest));

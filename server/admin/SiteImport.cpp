@@ -3,6 +3,7 @@
 #include "admin/Csv.h"
 #include "admin/Integrity.h"
 #include "admin/TableImport.h"
+#include "store/LargestKey.h"
 #include "store/Migrations.h"
 #include "store/SearchIndex.h"
 
@@ -164,9 +165,7 @@ private:
                 SiteTables(false).contains(table) ? KeyColumns(table) : QStringList();
             if (key.size() != 1)
                 throw EQelError(u"清单中的序列 %1 不属于任何表。"_s.arg(table));
-            const QString sql = u"SELECT COALESCE(MAX(CAST(%1 AS BIGINT)), 0) + 1 FROM %2"_s.arg(
-                key.first(), table);
-            const qint64 behind = connection_.QueryText(sql.toUtf8()).value_or(u"1"_s).toLongLong();
+            const qint64 behind = Store::LargestKey(connection_, table, key.first()) + 1;
             connection_.Run("INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES (?1, ?2)"
                             " ON CONFLICT (NAME) DO UPDATE SET NEXT = excluded.NEXT",
                             {table, qMax(next, behind)});

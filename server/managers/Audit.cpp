@@ -1,6 +1,7 @@
 #include "managers/Audit.h"
 
 #include "managers/Method.h"
+#include "store/LargestKey.h"
 
 using namespace Qt::StringLiterals;
 
@@ -24,9 +25,7 @@ qint64 CountKeys(Store::Connection &connection, const QString &table, const QStr
     if (next)
         return next->toLongLong();
     // The first key of a table that was filled by other means goes beyond the largest there is.
-    const QString sql =
-        u"SELECT COALESCE(MAX(CAST(%1 AS BIGINT)), 0) + 1 FROM %2"_s.arg(keyColumn, table);
-    const qint64 first = connection.QueryText(sql.toUtf8()).value_or(u"1"_s).toLongLong();
+    const qint64 first = Store::LargestKey(connection, table, keyColumn) + 1;
     connection.Run("INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES (?1, ?2)", {table, first + count});
     return first;
 }

@@ -2,8 +2,7 @@
 
 #include "managers/Records.h"
 #include "managers/References.h"
-
-#include <QLocale>
+#include "store/PlainNumber.h"
 
 #include <algorithm>
 #include <optional>
@@ -99,8 +98,8 @@ bool IsCanonical(QStringView price)
            (point < 0 || (!part.isEmpty() && !part.endsWith(u'0')));
 }
 
-/// The price to its last digit, as it compares; empty stays empty (no price), anything that is none
-/// becomes null.
+/// The price as it compares and is shown, with 15 digits; empty stays empty (no price), anything
+/// that is none becomes null.
 std::optional<QString> Canonical(const QString &price)
 {
     if (IsCanonical(price))
@@ -111,7 +110,7 @@ std::optional<QString> Canonical(const QString &price)
     const double value = price.trimmed().toDouble(&isNumber);
     if (!isNumber || !(value >= 0 && value <= HighestPrice))
         return std::nullopt;
-    return QString::number(value + 0.0, 'f', QLocale::FloatingPointShortest); // -0 is 0
+    return QString::fromLatin1(Store::PlainNumber(value));
 }
 
 /// With every price in its canonical form; nothing if one is none.

@@ -1,7 +1,7 @@
 #include "store/Postgres.h"
 
+#include "store/PlainNumber.h"
 #include "store/PostgresSession.h"
-#include "store/Sqlite.h"
 
 #include <QHash>
 

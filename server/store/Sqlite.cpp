@@ -2,6 +2,7 @@
 
 #include "sql/Functions.h"
 #include "sql/SqliteFunctions.h"
+#include "store/PlainNumber.h"
 #include "store/SqliteMemory.h"
 
 #include <QHash>
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cmath>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -332,23 +332,6 @@ private:
 };
 
 } // namespace
-
-QByteArray PlainNumber(double value)
-{
-    if (value == 0)
-        return "0"; // also the negative zero
-    // 15 digits are what a double keeps of any decimal; from the exponent follows how many of
-    // them stand behind the point.
-    const int magnitude = static_cast<int>(std::floor(std::log10(std::fabs(value))));
-    QByteArray text = QByteArray::number(value, 'f', qBound(0, 14 - magnitude, 130));
-    if (text.contains('.')) {
-        while (text.endsWith('0'))
-            text.chop(1);
-        if (text.endsWith('.'))
-            text.chop(1);
-    }
-    return text;
-}
 
 SqliteDatabase::SqliteDatabase(const QString &path)
     : path_(path.toUtf8())

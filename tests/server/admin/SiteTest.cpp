@@ -170,6 +170,20 @@ private slots:
         QCOMPARE(Problems(target.Database()), QStringList());
     }
 
+    void KeysTooLongToBeCountedComeAlong()
+    {
+        Source source;
+        source.connection->Execute(
+            "INSERT INTO UNI_ORG_TYPE (ORG_TYPE_ID, UNION_ID) VALUES"
+            " ('12', '300001'), ('99999999999999999999', '300001');"
+            "INSERT INTO SRV_SEQUENCE (NAME, NEXT) VALUES ('UNI_ORG_TYPE', 5)");
+        source.Export();
+        TestDatabase target(TestDatabase::Content::Tables);
+        QCOMPARE(Texts(Admin::ImportSite(target.Connection(), source.Path(), {})), QStringList());
+        QCOMPARE(target.Text("SELECT NEXT FROM SRV_SEQUENCE WHERE NAME = 'UNI_ORG_TYPE'"), u"13"_s);
+        QCOMPARE(Problems(target.Database()), QStringList());
+    }
+
     void Finds_data()
     {
         QTest::addColumn<QString>("table");

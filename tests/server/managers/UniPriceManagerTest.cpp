@@ -120,6 +120,20 @@ private slots:
         QCOMPARE(site.Logged(), 2);
     }
 
+    void PriceIsStoredAsItIsShown()
+    {
+        Site site;
+        const QString posted = u"0.12345678901234567"_s;
+        QCOMPARE(site.Codes(Manager, SavePrices, {Price(u"500001"_s, posted)}), u"1"_s);
+        const QString shown = u"0.123456789012346"_s; // 15 digits
+        QCOMPARE(site.Row("SELECT COST_PRICE FROM PRC_UNI_PRICE_PRODUCT"), shown);
+        QVERIFY(site.Connection().Exists("SELECT 1 FROM PRC_UNI_PRICE_PRODUCT"
+                                         " WHERE COST_PRICE = 0.123456789012346"));
+        for (const QString &again : {shown, posted})
+            QCOMPARE(site.Codes(Manager, SavePrices, {Price(u"500001"_s, again)}), u"1"_s);
+        QCOMPARE(site.Logged(), 1);
+    }
+
     void HighestPriceAndZeroArePrices()
     {
         Site site;

@@ -1,6 +1,7 @@
+#include "store/LargestKey.h"
 #include "store/LruCache.h"
+#include "store/PlainNumber.h"
 #include "store/Schema.h"
-#include "store/Sqlite.h"
 #include "support/TestDatabase.h"
 
 #include <QTest>
@@ -196,6 +197,27 @@ private slots:
             QCOMPARE(reader->QueryText("SELECT COUNT(*) FROM BAS_ORG"), u"8"_s);
         }
         QCOMPARE(reader->QueryText("SELECT COUNT(*) FROM BAS_ORG"), u"0"_s);
+    }
+
+    void LargestKeyPassesOverWhatNoServerCounted()
+    {
+        TestDatabase data;
+        const QString type = u"UNI_ORG_TYPE"_s;
+        const auto largest = [&] {
+            return Store::LargestKey(data.Connection(), type, u"ORG_TYPE_ID"_s);
+        };
+        data.Connection().Execute("DELETE FROM UNI_ORG_TYPE");
+        QCOMPARE(largest(), 0);
+        const auto add = [&](const QString &key) {
+            data.Connection().Run("INSERT INTO UNI_ORG_TYPE (ORG_TYPE_ID, UNION_ID)"
+                                  " VALUES (?1, '300001')",
+                                  {key});
+        };
+        for (const char *key : {"7", "12", "x99", "9223372036854775808", "99999999999999999999"})
+            add(QString::fromLatin1(key));
+        QCOMPARE(largest(), 12);
+        add(u"999999999999999999"_s);
+        QCOMPARE(largest(), 999'999'999'999'999'999);
     }
 
     void RefusesUnknownDatabaseAddress()
