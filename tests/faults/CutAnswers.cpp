@@ -1,5 +1,6 @@
 #include "faults/Bed.h"
 #include "faults/CuttingProxy.h"
+#include "faults/Posts.h"
 #include "faults/Scenarios.h"
 #include "faults/Site.h"
 #include "faults/StreamCutter.h"

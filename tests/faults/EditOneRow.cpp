@@ -1,8 +1,11 @@
 #include "faults/Bed.h"
+#include "faults/Posts.h"
 #include "faults/Scenarios.h"
 #include "faults/Site.h"
 
 #include <algorithm>
+#include <functional>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 

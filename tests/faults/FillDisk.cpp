@@ -1,9 +1,6 @@
 #include "faults/Bed.h"
-#include "faults/Scenarios.h"
-#include "faults/Site.h"
+#include "faults/Scene.h"
 #include "faults/SmallDisk.h"
-
-#include <QDir>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -17,27 +14,6 @@ constexpr auto RefusalTime = 30s;   ///< in which some post must have met the fu
 constexpr auto FullTime = 1s;       ///< from then on, how long it stays full
 constexpr int MostLeft = 64 * 1024; ///< bytes that are left free
 
-/// Holds good queries against the server for this long.
-void AskMeanwhile(const Site &site, std::chrono::nanoseconds time, Times &queries,
-                  Findings &findings)
-{
-    for (const Stopwatch held; held.Elapsed() < time;) {
-        const Stopwatch watch;
-        if (!site.Answers())
-            findings.Add(u"a query was not answered while the disk was full"_s);
-        queries.Add(watch.Elapsed());
-        std::this_thread::sleep_for(20ms); // pace, not a wait
-    }
-}
-
-qint64 RefusedBy(const std::vector<std::unique_ptr<Client>> &clients)
-{
-    qint64 refused = 0;
-    for (const auto &client : clients)
-        refused += client->Refused();
-    return refused;
-}
-
 } // namespace
 
 /// The disk that the database grows on is full for a while. Posts that need room are answered with
@@ -45,38 +21,31 @@ qint64 RefusedBy(const std::vector<std::unique_ptr<Client>> &clients)
 /// again, without anybody starting anything.
 Outcome FillDisk(const Task &task)
 {
-    Findings findings;
-    Random random(task.seed);
     const QString folder = task.bed.NewFolder();
-    const QString diskFolder = folder + u"/disk"_s;
-    QDir().mkdir(diskFolder);
-    SmallDisk disk(diskFolder);
+    SmallDisk disk(folder);
     if (!disk.IsMounted())
-        return findings.Result(u"not run: only root can mount a small disk"_s, {});
-    Site site(task.bed.NewDatabase(diskFolder), folder, false, ClientCount);
-    auto clients = MakeClients(ClientCount, task.seed, findings);
-    site.StartServer();
-    Times queries;
-    Times back;
+        return disk.NotRun();
+    Scene scene(task, task.bed.NewDatabase(folder), ClientCount);
+    scene.site.StartServer();
     for (int round = 0; round < task.count; ++round) {
-        Load load(clients, site.Port());
-        TimeToNextPost(clients);
-        const qint64 before = RefusedBy(clients);
-        disk.Fill(Between(random, 0, MostLeft));
+        Load load(scene.clients, scene.site.Port());
+        scene.TimeToNextPost();
+        const qint64 before = scene.Refused();
+        disk.Fill(Between(scene.random, 0, MostLeft));
         const Stopwatch full;
-        while (RefusedBy(clients) == before && full.Elapsed() < RefusalTime)
-            AskMeanwhile(site, 20ms, queries, findings);
-        if (RefusedBy(clients) == before)
-            findings.Add(u"no post met the full disk"_s);
-        AskMeanwhile(site, FullTime, queries, findings);
+        while (scene.Refused() == before && full.Elapsed() < RefusalTime)
+            scene.AskMeanwhile(20ms);
+        if (scene.Refused() == before)
+            scene.findings.Add(u"no post met the full disk"_s);
+        scene.AskMeanwhile(FullTime);
         disk.Empty();
-        back.Add(TimeToNextPost(clients));
+        scene.back.Add(scene.TimeToNextPost());
         load.Stop();
-        CheckAll(clients, *site.Connect());
+        scene.Check();
     }
-    return findings.Result(
-        u"%1 times full; %2"_s.arg(Counted(task.count), PostsText(clients)),
-        u"a query meanwhile: %1; a post once there is room: %2"_s.arg(queries.Text(), back.Text()));
+    return scene.Result(u"%1 times full"_s.arg(Counted(task.count)),
+                        u"a query meanwhile: %1; a post once there is room: %2"_s.arg(
+                            scene.queries.Text(), scene.back.Text()));
 }
 
 } // namespace Qel::Faults

@@ -1,9 +1,6 @@
 #include "faults/PostgresBed.h"
-#include "faults/Scenarios.h"
-#include "faults/Site.h"
+#include "faults/Scene.h"
 #include "faults/SmallDisk.h"
-
-#include <QDir>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -18,28 +15,6 @@ constexpr auto FullTime = 1s;       ///< from then on, how long it stays full
 constexpr auto AnswerTime = 10s;    ///< in which a query is answered, be it with an error
 constexpr int MostLeft = 64 * 1024; ///< bytes that are left free
 
-/// Posts whose clients have seen that something is wrong.
-qint64 TroubleOf(const std::vector<std::unique_ptr<Client>> &clients)
-{
-    qint64 trouble = 0;
-    for (const auto &client : clients)
-        trouble += client->Refused() + client->Lost();
-    return trouble;
-}
-
-/// Queries are answered in time, with their row or with an error.
-void AskMeanwhile(const Site &site, std::chrono::nanoseconds time, Times &answers,
-                  Findings &findings)
-{
-    for (const Stopwatch held; held.Elapsed() < time;) {
-        const Stopwatch watch;
-        if (Line(site.Port()).Ask(GoodQuery()).status == 0)
-            findings.Add(u"a query had no answer while the disk of the log was full"_s);
-        answers.Add(watch.Elapsed());
-        std::this_thread::sleep_for(20ms); // pace, not a wait
-    }
-}
-
 } // namespace
 
 /// The disk of the write-ahead log is full. PostgreSQL ends all sessions, and if it cannot recover,
@@ -47,46 +22,40 @@ void AskMeanwhile(const Site &site, std::chrono::nanoseconds time, Times &answer
 /// goes on without having been touched.
 Outcome FillLog(const Task &task)
 {
-    Findings findings;
-    Random random(task.seed);
-    const QString diskFolder = task.bed.NewFolder();
-    SmallDisk disk(diskFolder);
+    const QString folder = task.bed.NewFolder();
+    SmallDisk disk(folder);
     if (!disk.IsMounted())
-        return findings.Result(u"not run: only root can mount a small disk"_s, {});
-    PostgresBed bed(diskFolder);
-    const QString folder = bed.NewFolder();
-    Site site(bed.NewDatabase(folder), folder, false, ClientCount);
-    auto clients = MakeClients(ClientCount, task.seed, findings);
-    for (const auto &client : clients)
-        client->SetErrors(Errors::UnknownEffect);
-    site.StartServer();
-    Times answers;
-    Times back;
+        return disk.NotRun();
+    PostgresBed bed(folder);
+    Scene scene(task, bed.NewDatabase(bed.NewFolder()), ClientCount, Errors::UnknownEffect);
+    const auto trouble = [&] { return scene.Refused() + scene.Lost(); };
+    scene.site.StartServer();
     for (int round = 0; round < task.count; ++round) {
-        Load load(clients, site.Port());
-        TimeToNextPost(clients);
-        const qint64 before = TroubleOf(clients);
+        Load load(scene.clients, scene.site.Port());
+        scene.TimeToNextPost();
+        const qint64 before = trouble();
         const Stopwatch full;
         do {
-            disk.Fill(Between(random, 0, MostLeft)); // old files of the log go, and make room
-            AskMeanwhile(site, 20ms, answers, findings);
-        } while (TroubleOf(clients) == before && full.Elapsed() < TroubleTime);
-        if (TroubleOf(clients) == before)
-            findings.Add(u"no post met the full disk"_s);
-        AskMeanwhile(site, FullTime, answers, findings);
+            // Old files of the log go, and make room.
+            disk.Fill(Between(scene.random, 0, MostLeft));
+            scene.AskMeanwhile(20ms, Scene::Answer::Any);
+        } while (trouble() == before && full.Elapsed() < TroubleTime);
+        if (trouble() == before)
+            scene.findings.Add(u"no post met the full disk"_s);
+        scene.AskMeanwhile(FullTime, Scene::Answer::Any);
         disk.Empty();
-        bed.Restart(site.Url(), Stop::Immediate);
-        back.Add(site.TimeToAnswer());
+        bed.Restart(scene.site.Url(), Stop::Immediate);
+        scene.back.Add(scene.site.TimeToAnswer());
         load.Stop();
-        CheckAll(clients, *site.Connect());
+        scene.Check();
     }
-    if (answers.Quantile(1) > std::chrono::milliseconds(AnswerTime).count() * task.patience)
-        findings.Add(
-            u"a query was answered only after %1"_s.arg(MillisecondsText(answers.Quantile(1))));
-    return findings.Result(
-        u"%1 times full; %2"_s.arg(Counted(task.count), PostsText(clients)),
+    const double longest = scene.queries.Quantile(1);
+    if (longest > std::chrono::milliseconds(AnswerTime).count() * task.patience)
+        scene.findings.Add(u"a query was answered only after %1"_s.arg(MillisecondsText(longest)));
+    return scene.Result(
+        u"%1 times full"_s.arg(Counted(task.count)),
         u"an answer or error meanwhile: %1; service back after the database was: %2"_s.arg(
-            answers.Text(), back.Text()));
+            scene.queries.Text(), scene.back.Text()));
 }
 
 } // namespace Qel::Faults

@@ -1,6 +1,5 @@
 #include "faults/Bed.h"
-#include "faults/Scenarios.h"
-#include "faults/Site.h"
+#include "faults/Scene.h"
 
 using namespace Qt::StringLiterals;
 
@@ -9,10 +8,9 @@ namespace Qel::Faults {
 namespace {
 
 constexpr int ClientCount = 6;
-constexpr int LongestRun = 250'000; ///< microseconds of load before a kill
-constexpr int LongestStart = 60'000;
-constexpr int EarlyKills = 8;       ///< one kill in so many comes while the server starts, too
-constexpr double ReadyTime = 1'000; ///< milliseconds
+constexpr int LongestStart = 60'000; ///< microseconds
+constexpr int EarlyKills = 8;        ///< one kill in so many comes while the server starts, too
+constexpr double ReadyTime = 1'000;  ///< milliseconds
 
 } // namespace
 
@@ -20,40 +18,37 @@ constexpr double ReadyTime = 1'000; ///< milliseconds
 /// the same database and every client's journal is held against that.
 Outcome KillServer(const Task &task)
 {
-    Findings findings;
-    Random random(task.seed);
-    const QString folder = task.bed.NewFolder();
-    Site site(task.bed.NewDatabase(folder), folder, task.withSampleData, ClientCount);
-    auto clients = MakeClients(ClientCount, task.seed, findings);
-    Times ready;
+    Scene scene(task, ClientCount);
     Times ran;
     std::chrono::nanoseconds longest{};
     QString inLongest;
-    site.StartServer();
+    scene.site.StartServer();
     for (int kill = 0; kill < task.count; ++kill) {
-        Load load(clients, site.Port());
-        std::this_thread::sleep_for(std::chrono::microseconds(Between(random, 0, LongestRun)));
-        site.KillServer();
+        Load load(scene.clients, scene.site.Port());
+        scene.LetRun();
+        scene.site.KillServer();
         load.Stop();
-        task.bed.WaitUntilQuiet(site.Url());
-        if (Between(random, 1, EarlyKills) == 1)
-            site.KillStarting(std::chrono::microseconds(Between(random, 0, LongestStart)));
-        const auto time = site.StartServer();
-        const Site::Effort effort = site.ServerEffort();
-        ready.Add(time);
+        task.bed.WaitUntilQuiet(scene.site.Url());
+        if (Between(scene.random, 1, EarlyKills) == 1)
+            scene.site.KillStarting(
+                std::chrono::microseconds(Between(scene.random, 0, LongestStart)));
+        const auto time = scene.site.StartServer();
+        const Site::Effort effort = scene.site.ServerEffort();
+        scene.back.Add(time);
         ran.Add(effort.ran);
         if (time > longest) {
             longest = time;
             inLongest = u"%1 at work, %2 waiting for a processor"_s.arg(
                 MillisecondsText(effort.ran), MillisecondsText(effort.waited));
         }
-        CheckAll(clients, *site.Connect());
+        scene.Check();
     }
-    if (ready.Quantile(1) > ReadyTime * task.patience)
-        findings.Add(u"ready again after %1 (%2)"_s.arg(MillisecondsText(longest), inLongest));
-    return findings.Result(
-        u"%1 kills; %2"_s.arg(Counted(task.count), PostsText(clients)),
-        u"ready again: %1 (%2); at work for that: %3"_s.arg(ready.Text(), inLongest, ran.Text()));
+    if (scene.back.Quantile(1) > ReadyTime * task.patience)
+        scene.findings.Add(
+            u"ready again after %1 (%2)"_s.arg(MillisecondsText(longest), inLongest));
+    return scene.Result(u"%1 kills"_s.arg(Counted(task.count)),
+                        u"ready again: %1 (%2); at work for that: %3"_s.arg(scene.back.Text(),
+                                                                            inLongest, ran.Text()));
 }
 
 } // namespace Qel::Faults

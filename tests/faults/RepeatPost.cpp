@@ -1,8 +1,12 @@
 #include "faults/Bed.h"
+#include "faults/Posts.h"
 #include "faults/Scenarios.h"
 #include "faults/Site.h"
 
+#include <atomic>
+#include <mutex>
 #include <set>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 

@@ -1,6 +1,8 @@
 #include "faults/Site.h"
 
 #include "demo/Demo.h"
+#include "faults/Domain.h"
+#include "faults/Report.h"
 #include "store/Schema.h"
 
 #include <QDate>
@@ -8,6 +10,8 @@
 #include <QFile>
 
 #include <QProcess>
+
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -120,65 +124,6 @@ QByteArray GoodQuery()
                     .body = Wire::Encode(request, Wire::Format::Cbor),
                     .format = Wire::Format::Cbor,
                     .credential = domain.credential});
-}
-
-Load::Load(std::vector<std::unique_ptr<Client>> &clients, quint16 port)
-{
-    for (const auto &client : clients)
-        threads_.emplace_back([this, port, &client] { client->Work(port, stop_); });
-}
-
-void Load::Stop()
-{
-    stop_ = true;
-    for (std::thread &thread : threads_)
-        if (thread.joinable())
-            thread.join();
-}
-
-std::vector<std::unique_ptr<Client>> MakeClients(int count, quint64 seed, Findings &findings)
-{
-    std::vector<std::unique_ptr<Client>> clients;
-    for (int number = 0; number < count; ++number)
-        clients.push_back(std::make_unique<Client>(number, seed, findings));
-    return clients;
-}
-
-void CheckAll(std::vector<std::unique_ptr<Client>> &clients, Store::Connection &connection)
-{
-    for (const auto &client : clients)
-        client->Check(connection);
-}
-
-std::chrono::nanoseconds TimeToNextPost(const std::vector<std::unique_ptr<Client>> &clients)
-{
-    const auto acknowledged = [&] {
-        qint64 posts = 0;
-        for (const auto &client : clients)
-            posts += client->Acknowledged();
-        return posts;
-    };
-    const Stopwatch watch;
-    const qint64 before = acknowledged();
-    while (acknowledged() == before && watch.Elapsed() < std::chrono::minutes(1))
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    return watch.Elapsed();
-}
-
-QString PostsText(const std::vector<std::unique_ptr<Client>> &clients)
-{
-    qint64 posts = 0;
-    qint64 repeated = 0;
-    qint64 refused = 0;
-    for (const auto &client : clients) {
-        posts += client->Acknowledged();
-        repeated += client->Repeated();
-        refused += client->Refused();
-    }
-    QString text = u"%1 posts acknowledged, %2 repeated"_s.arg(Counted(posts), Counted(repeated));
-    if (refused > 0)
-        text += u", %1 answered with an error"_s.arg(Counted(refused));
-    return text;
 }
 
 } // namespace Qel::Faults

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "faults/Client.h"
-#include "faults/Report.h"
+#include "faults/Line.h"
 #include "store/Database.h"
 #include "support/ServerProcess.h"
 
@@ -9,10 +8,7 @@
 #include <QStringList>
 
 #include <chrono>
-#include <functional>
 #include <memory>
-#include <thread>
-#include <vector>
 
 namespace Qel::Faults {
 
@@ -58,31 +54,5 @@ private:
 
 /// The request of such a query.
 QByteArray GoodQuery();
-
-/// Clients at work, each in a thread of its own, while the object lives.
-class Load
-{
-public:
-    Load(std::vector<std::unique_ptr<Client>> &clients, quint16 port);
-    ~Load() { Stop(); }
-    Q_DISABLE_COPY_MOVE(Load)
-
-    void Stop(); ///< returns when every post has its answer or has lost its connection
-
-private:
-    std::atomic<bool> stop_ = false;
-    std::vector<std::thread> threads_;
-};
-
-std::vector<std::unique_ptr<Client>> MakeClients(int count, quint64 seed, Findings &findings);
-
-/// Holds every client's journal against the database.
-void CheckAll(std::vector<std::unique_ptr<Client>> &clients, Store::Connection &connection);
-
-/// How long it takes from now until some post is acknowledged; a minute at most.
-std::chrono::nanoseconds TimeToNextPost(const std::vector<std::unique_ptr<Client>> &clients);
-
-/// "20,113 posts acknowledged, 512 repeated, 3 answered with an error".
-QString PostsText(const std::vector<std::unique_ptr<Client>> &clients);
 
 } // namespace Qel::Faults

@@ -1,4 +1,5 @@
 #include "faults/Bed.h"
+#include "faults/Posts.h"
 #include "faults/Scenarios.h"
 #include "faults/Site.h"
 
@@ -10,6 +11,8 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

@@ -24,6 +24,11 @@ SmallDisk::~SmallDisk()
         ::umount2(folder_.toUtf8().constData(), MNT_DETACH);
 }
 
+Outcome SmallDisk::NotRun()
+{
+    return Findings().Result(u"not run: only root can mount a small disk"_s, {});
+}
+
 void SmallDisk::Fill(qint64 left)
 {
     if (!ballast_.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "faults/Report.h"
+
 #include <QFile>
 #include <QString>
 
@@ -15,6 +17,7 @@ public:
     Q_DISABLE_COPY_MOVE(SmallDisk)
 
     bool IsMounted() const { return isMounted_; }
+    static Outcome NotRun(); ///< of a scenario that needs one, where it is not mounted
 
     void Fill(qint64 left); ///< until it is full but for `left` bytes; again, where room has come
     void Empty();           ///< takes away what Fill has put there
