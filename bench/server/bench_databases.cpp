@@ -185,7 +185,7 @@ public:
 private:
     std::unique_ptr<Store::Database> database_;
     std::unique_ptr<Store::Connection> reader_;
-    Store::QueryRunner runner_{*reader_, {}};
+    Store::QueryRunner runner_{*reader_, {.rows = 10'000'000, .bytes = 4ll << 30}};
 };
 
 } // namespace

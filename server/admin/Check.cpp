@@ -71,9 +71,6 @@ void CheckIndexes(Store::Connection &connection, const Sql::Table &table, Findin
 void CheckSearchObjects(Store::Connection &connection, const Sql::Table &table,
                         FindingList &findings)
 {
-    if (connection.CurrentDialect() == Store::Dialect::PostgreSql &&
-        !Store::HasTrigrams(connection))
-        return; // told once for all
     for (const Store::SearchObject &object :
          Store::SearchObjectsOf(table, connection.CurrentDialect())) {
         const QString name = QString::fromLatin1(object.name);

@@ -2,7 +2,6 @@
 
 #include "store/Postgres.h"
 #include "store/Schema.h"
-#include "store/SearchIndex.h"
 
 #include <algorithm>
 
@@ -116,21 +115,10 @@ void CheckPostgresSettings(Store::Connection &connection, FindingList &findings)
     // The functions fold case by ICU and sort by "C"; without ICU they cannot be there.
     if (!connection.Exists("SELECT 1 FROM pg_collation WHERE collname = 'und-x-icu'"))
         findings.Add("server.collation", u"und-x-icu"_s, u"数据库没有 ICU 排序规则"_s);
-    const QString kind =
-        connection.QueryText("SELECT datctype FROM pg_database WHERE datname = current_database()")
-            .value_or(QString());
-    if (kind == "C"_L1 || kind == "POSIX"_L1)
-        findings.Add("server.collation", u"LC_CTYPE"_s,
-                     u"字符分类是 %1：检索索引不认汉字，检索要读整个表"_s.arg(kind));
 }
 
 void CheckPostgresSchema(Store::Connection &connection, FindingList &findings)
 {
-    if (!Store::HasTrigrams(connection))
-        findings.Add("schema.search", QString::fromLatin1(Store::TrigramExtension),
-                     u"没有这个扩展，检索要读整个表；请安装它，由超级用户执行 CREATE SCHEMA IF NOT"
-                     " EXISTS qel_search; CREATE EXTENSION pg_trgm SCHEMA qel_search; 再执行"
-                     " qel-server reindex"_s);
     CheckFunctions(connection, findings);
     CheckRole(connection, findings);
     CheckRoleFunctions(connection, findings);

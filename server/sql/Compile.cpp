@@ -43,13 +43,13 @@ CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect
 
     CompiledQuery compiled;
     CompleteOrder(query, dialect);
-    if (dialect == Dialect::Sqlite) {
-        const std::string unnarrowed = PrintOrdered(query, dialect);
-        const std::vector<NodePtr> added = NarrowByGrams(query);
-        if (added.size() == 1 && added.front()->op == Op::HasGrams && IsOrderedByIndex(query)) {
-            compiled.candidates = PrintCandidates(*added.front(), ManyCandidates);
-            compiled.readThrough = unnarrowed;
-        }
+    const std::string unnarrowed = PrintOrdered(query, dialect);
+    const std::vector<NodePtr> added = NarrowByGrams(query, dialect);
+    // PostgreSQL's planner knows from the table's statistics how frequent a gram is.
+    if (dialect == Dialect::Sqlite && added.size() == 1 && added.front()->op == Op::HasGrams &&
+        IsOrderedByIndex(query)) {
+        compiled.candidates = PrintCandidates(*added.front(), ManyCandidates);
+        compiled.readThrough = unnarrowed;
     }
     compiled.ordered = PrintOrdered(query, dialect);
     // Rows that tie shall stand the same way, paged or not; who states no order pays for none.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <numeric>
 #include <set>
-#include <vector>
 
 namespace Qel::Sql {
 
@@ -12,8 +11,9 @@ namespace {
 constexpr size_t GramSize = 3;
 /// Of a long part the first grams tell enough.
 constexpr size_t MostGrams = 12;
+constexpr size_t PostgresGramSize = 2;
 
-using Characters = std::vector<std::string>;
+using Characters = std::vector<std::string>; ///< as they stand
 
 /// One character as the tokenizer keeps it whole: what is neither letter nor digit of ASCII would
 /// part tokens, and stands in the private use area instead. What may be mixed up there costs a
@@ -38,7 +38,7 @@ Characters CharactersOf(std::string_view utf8)
         size_t end = begin + 1;
         while (end < utf8.size() && (static_cast<unsigned char>(utf8[end]) & 0xC0) == 0x80)
             ++end;
-        characters.push_back(Kept(utf8.substr(begin, end - begin)));
+        characters.emplace_back(utf8.substr(begin, end - begin));
         begin = end;
     }
     return characters;
@@ -49,7 +49,7 @@ std::string GramAt(const Characters &characters, size_t at)
     std::string gram;
     const size_t end = std::min(at + GramSize, characters.size());
     for (; at < end; ++at)
-        gram += characters[at];
+        gram += Kept(characters[at]);
     return gram;
 }
 
@@ -73,6 +73,16 @@ std::vector<Characters> PartsOf(std::string_view pattern, char escape)
     }
     end();
     return parts;
+}
+
+/// The longest of them; null: there is none.
+const Characters *LongestOf(const std::vector<Characters> &parts)
+{
+    const auto longest =
+        std::max_element(parts.begin(), parts.end(), [](const Characters &a, const Characters &b) {
+            return a.size() < b.size();
+        });
+    return longest == parts.end() ? nullptr : &*longest;
 }
 
 } // namespace
@@ -110,11 +120,8 @@ qint64 SumOfGrams(qint64 row, std::string_view grams)
 std::string GramsOfPattern(std::string_view upperPattern, char escape)
 {
     const std::vector<Characters> parts = PartsOf(upperPattern, escape);
-    const auto longest =
-        std::max_element(parts.begin(), parts.end(), [](const Characters &a, const Characters &b) {
-            return a.size() < b.size();
-        });
-    if (longest == parts.end())
+    const Characters *longest = LongestOf(parts);
+    if (!longest)
         return {};
     // A short part begins grams; looking those up costs more, so only if there is no long one.
     if (longest->size() < GramSize)
@@ -129,6 +136,28 @@ std::string GramsOfPattern(std::string_view upperPattern, char escape)
         }
     }
     return expression;
+}
+
+std::vector<std::string> PartsOfPattern(std::string_view pattern, char escape)
+{
+    const std::vector<Characters> parts = PartsOf(pattern, escape);
+    const Characters *longest = LongestOf(parts);
+    if (!longest)
+        return {};
+    if (longest->size() < PostgresGramSize)
+        return {longest->front()};
+    std::vector<std::string> found;
+    size_t count = 0;
+    for (const Characters &part : parts) {
+        if (part.size() < PostgresGramSize || count == MostGrams)
+            continue;
+        const size_t grams = std::min(part.size() - PostgresGramSize + 1, MostGrams - count);
+        count += grams;
+        found.push_back(std::accumulate(
+            part.begin(), part.begin() + static_cast<std::ptrdiff_t>(grams + PostgresGramSize - 1),
+            std::string()));
+    }
+    return found;
 }
 
 std::string GramTableOf(std::string_view table)

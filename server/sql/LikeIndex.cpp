@@ -57,14 +57,27 @@ std::optional<Place> PlaceOf(Query &query, const Node &column)
     return std::nullopt;
 }
 
+/// What a table's grams are asked for: on SQLite an expression, on PostgreSQL parts that must all
+/// be there.
+using Grams = std::vector<std::string>;
+
+Grams GramsAskedFor(const std::string &pattern, char escape, Dialect dialect)
+{
+    if (dialect == Dialect::PostgreSql) // which itself puts them in upper case
+        return PartsOfPattern(pattern, escape);
+    // Grams are of upper-case texts: what holds the pattern as it is holds it in upper case.
+    std::string expression = GramsOfPattern(WithOtherCase(pattern, true), escape);
+    return expression.empty() ? Grams() : Grams{std::move(expression)};
+}
+
 /// "Column LIKE pattern" or "UPPER(column) LIKE pattern" that grams can tell something about.
 struct Search
 {
     Place place;
-    std::string grams;
+    Grams grams;
 };
 
-std::optional<Search> SearchOf(Query &query, const Node &condition)
+std::optional<Search> SearchOf(Query &query, const Node &condition, Dialect dialect)
 {
     if (condition.op != Op::Like || condition.negated || condition.arguments[1]->op != Op::Text)
         return std::nullopt;
@@ -84,8 +97,7 @@ std::optional<Search> SearchOf(Query &query, const Node &condition)
             return std::nullopt;
         escape = character.text.front();
     }
-    // Grams are of upper-case texts: what holds the pattern as it is holds it in upper case.
-    std::string grams = GramsOfPattern(WithOtherCase(condition.arguments[1]->text, true), escape);
+    Grams grams = GramsAskedFor(condition.arguments[1]->text, escape, dialect);
     if (grams.empty())
         return std::nullopt;
     return Search{*place, std::move(grams)};
@@ -116,7 +128,22 @@ bool IsWayIn(const Node &condition)
            std::any_of(table.uniqueIndexes.begin(), table.uniqueIndexes.end(), leads);
 }
 
-NodePtr HasGrams(const Query &owner, const Relation &relation, std::string grams)
+NodePtr HasParts(const Relation &relation, const Grams &parts)
+{
+    auto node = std::make_shared<Node>();
+    node->op = Op::HasGrams;
+    node->arguments = {ColumnNode(relation, RowIdColumn)};
+    for (const std::string &part : parts) {
+        auto text = std::make_shared<Node>();
+        text->op = Op::Text;
+        text->type = Type::Text;
+        text->text = part;
+        node->arguments.push_back(std::move(text));
+    }
+    return node;
+}
+
+NodePtr Matches(const Query &owner, const Relation &relation, std::string grams)
 {
     const bool isFoundAnotherWay =
         std::any_of(owner.where.begin(), owner.where.end(),
@@ -133,7 +160,7 @@ struct Needed
 {
     Query *owner;
     const Relation *relation;
-    std::vector<std::string> alternatives;
+    std::vector<Grams> alternatives;
 };
 
 void Need(std::vector<Needed> &all, Search search)
@@ -148,21 +175,37 @@ void Need(std::vector<Needed> &all, Search search)
         list.push_back(std::move(search.grams));
 }
 
-NodePtr ConditionOf(const Needed &needed)
+NodePtr AnyOf(std::vector<NodePtr> conditions)
 {
+    if (conditions.size() == 1)
+        return conditions.front();
+    auto either = std::make_shared<Node>();
+    either->op = Op::Or;
+    either->arguments = std::move(conditions);
+    return either;
+}
+
+NodePtr ConditionOf(const Needed &needed, Dialect dialect)
+{
+    if (dialect == Dialect::PostgreSql) {
+        std::vector<NodePtr> conditions;
+        for (const Grams &parts : needed.alternatives)
+            conditions.push_back(HasParts(*needed.relation, parts));
+        return AnyOf(std::move(conditions));
+    }
     std::string grams;
-    for (const std::string &one : needed.alternatives)
-        grams += (grams.empty() ? "(" : " OR (") + one + ')';
-    return HasGrams(*needed.owner, *needed.relation, std::move(grams));
+    for (const Grams &one : needed.alternatives)
+        grams += (grams.empty() ? "(" : " OR (") + one.front() + ')';
+    return Matches(*needed.owner, *needed.relation, std::move(grams));
 }
 
 /// Of one condition; false where a row may fit it without the grams of any pattern.
-bool CollectNeeds(Query &query, const Node &condition, std::vector<Needed> &needs)
+bool CollectNeeds(Query &query, const Node &condition, Dialect dialect, std::vector<Needed> &needs)
 {
     std::vector<const Node *> alternatives;
     CollectAlternatives(condition, alternatives);
     for (const Node *one : alternatives) {
-        auto search = SearchOf(query, *one);
+        auto search = SearchOf(query, *one, dialect);
         if (!search)
             return false;
         Need(needs, *std::move(search));
@@ -170,39 +213,39 @@ bool CollectNeeds(Query &query, const Node &condition, std::vector<Needed> &need
     return true;
 }
 
-void Narrow(Query &query, std::vector<NodePtr> &added)
+void Narrow(Query &query, Dialect dialect, std::vector<NodePtr> &added)
 {
     const std::vector<NodePtr> conditions = query.where; // more are added meanwhile
     for (const NodePtr &condition : conditions) {
         std::vector<Needed> needs;
-        if (!CollectNeeds(query, *condition, needs))
+        if (!CollectNeeds(query, *condition, dialect, needs))
             continue;
         if (needs.size() == 1) {
-            added.push_back(ConditionOf(needs.front()));
+            added.push_back(ConditionOf(needs.front(), dialect));
             auto &where = needs.front().owner->where;
             where.insert(where.begin(), added.back());
             continue;
         }
-        // One or the other table: only where both are at hand.
-        if (std::any_of(needs.begin(), needs.end(),
+        // One or the other table: only where both are at hand, and where it is no dearer than LIKE.
+        if (dialect == Dialect::PostgreSql ||
+            std::any_of(needs.begin(), needs.end(),
                         [&](const Needed &one) { return one.owner != &query; }))
             continue;
-        auto either = std::make_shared<Node>();
-        either->op = Op::Or;
+        std::vector<NodePtr> either;
         for (const Needed &one : needs)
-            either->arguments.push_back(ConditionOf(one));
-        query.where.insert(query.where.begin(), either);
-        added.push_back(std::move(either));
+            either.push_back(ConditionOf(one, dialect));
+        added.push_back(AnyOf(std::move(either)));
+        query.where.insert(query.where.begin(), added.back());
     }
 }
 
 } // namespace
 
-std::vector<NodePtr> NarrowByGrams(Query &query)
+std::vector<NodePtr> NarrowByGrams(Query &query, Dialect dialect)
 {
     std::vector<NodePtr> added;
-    ForEachSubSelect(query, [&](Query &below) { Narrow(below, added); });
-    Narrow(query, added);
+    ForEachSubSelect(query, [&](Query &below) { Narrow(below, dialect, added); });
+    Narrow(query, dialect, added);
     return added;
 }
 

@@ -6,9 +6,8 @@ namespace Qel::Sql {
 
 /// Adds to every condition "one of these columns is LIKE a pattern" that only rows with the
 /// pattern's grams have to be looked at (Op::HasGrams); the condition itself stays. Only for
-/// columns that Table::searched names, and on SQLite: PostgreSQL's planner uses its own index for
-/// the condition as it stands. Returns what was added.
-std::vector<NodePtr> NarrowByGrams(Query &query);
+/// columns that Table::searched names. Returns what was added.
+std::vector<NodePtr> NarrowByGrams(Query &query, Dialect dialect);
 
 /// Whether an index may give the rows in the order that the query states, so that a first page of
 /// many rows costs less without looking for candidates.

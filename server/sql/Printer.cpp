@@ -367,11 +367,34 @@ private:
             break;
         case Op::HasGrams:
         case Op::KeepsGrams:
+            if (postgres_) {
+                PrintGramCondition(node);
+                break;
+            }
             Put(node.op == Op::KeepsGrams ? "+" : ""); // SQLite then looks up nothing by it
             Print(*arguments[0]);
             Put(" IN (SELECT rowid FROM " + GramMatch(node) + ")");
             break;
         }
+    }
+
+    /// As the index has it (store/SearchIndex.h).
+    void PrintGramCondition(const Node &hasGrams)
+    {
+        const Relation &relation = *hasGrams.arguments[0]->relation;
+        const char *separator = "QEL_GRAMS(";
+        for (const int column : relation.table->searched) {
+            Put(separator);
+            separator = ", ";
+            Print(*ColumnNode(relation, column));
+        }
+        separator = ") @> (QEL_PART_GRAMS(";
+        for (size_t part = 1; part < hasGrams.arguments.size(); ++part) {
+            Put(separator);
+            separator = ") || QEL_PART_GRAMS(";
+            Print(*hasGrams.arguments[part]);
+        }
+        Put("))");
     }
 
     void PrintInfix(const Node &node, std::string_view symbol, bool byOrder = false)

@@ -42,7 +42,8 @@ enum class Op {
     In,
     InQuery,
     Exists,
-    HasGrams,   ///< the row number of a table; text: what its gram table must match
+    HasGrams,   ///< the row number of a table; text: what its gram table must match, on SQLite;
+                ///< behind it on PostgreSQL: parts of which its texts must have the grams
     KeepsGrams, ///< the same, of rows that are found another way
 };
 

@@ -24,6 +24,24 @@ void KeepVersionsAndManyTokens(Connection &connection)
 /// Tables as before: the search indexes come with all the others.
 void FindPartsOfTexts(Connection &) {}
 
+/// Tables as before: on PostgreSQL grams take the place of trigrams, whose extension goes unless
+/// it is a superuser's.
+void FindShortParts(Connection &connection)
+{
+    if (connection.CurrentDialect() == Dialect::Sqlite ||
+        !connection.Exists("SELECT 1 FROM pg_extension WHERE extname = 'pg_trgm'"
+                           " AND extnamespace = to_regnamespace('qel_search')"))
+        return;
+    try {
+        Savepoint savepoint(connection);
+        connection.Execute("DROP EXTENSION pg_trgm; DROP SCHEMA qel_search");
+        savepoint.Keep();
+    } catch (const EStoreError &error) {
+        if (error.WhichKind() != EStoreError::Kind::Failure)
+            throw;
+    }
+}
+
 struct Step
 {
     int version; ///< that it leads to
@@ -33,6 +51,7 @@ struct Step
 constexpr Step Steps[] = {
     {2, KeepVersionsAndManyTokens},
     {3, FindPartsOfTexts},
+    {4, FindShortParts},
 };
 
 void RefuseNewer(int version)
@@ -62,6 +81,7 @@ std::optional<int> RunNextStep(Connection &connection)
             continue;
         DropIndexes(connection); // those of the version before, by whatever names
         step.run(connection);
+        CreateFunctions(connection);
         CreateIndexes(connection);
         connection.Run("INSERT INTO SRV_SCHEMA (VERSION, CREATED) VALUES (?1, ?2)",
                        {qint64(step.version), Now()});

@@ -92,15 +92,6 @@ QByteArray CaseCollation(Connection &connection)
     return "\"und-x-icu\"";
 }
 
-/// The functions of the query language; SQLite has them in the program.
-void CreateFunctions(Connection &connection)
-{
-    const QString schema = connection.QueryText("SELECT quote_ident(current_schema())").value();
-    connection.Execute(ReadResource(u":/schema/postgresql.sql"_s)
-                           .replace("@CASE@", CaseCollation(connection))
-                           .replace("@SCHEMA@", schema.toUtf8()));
-}
-
 /// What SRV_NEW_KEY counts with, for every table that such a key suits.
 void CreateSequences(Connection &connection)
 {
@@ -203,8 +194,8 @@ void CreateSchema(Connection &connection)
         MakeReaderRole(connection);
     for (const Sql::Table &table : SchemaCatalog().Tables())
         connection.Execute(TableText(table, connection.CurrentDialect()));
+    CreateFunctions(connection);
     if (postgres) {
-        CreateFunctions(connection);
         CreateSequences(connection);
         GrantReading(connection);
     }
@@ -217,6 +208,17 @@ void CreateSchema(Connection &connection)
 void CreateTable(Connection &connection, const char *name)
 {
     connection.Execute(TableText(*SchemaCatalog().Find(name), connection.CurrentDialect()));
+}
+
+void CreateFunctions(Connection &connection)
+{
+    if (connection.CurrentDialect() == Dialect::Sqlite)
+        return;
+    const QString schema = connection.QueryText("SELECT quote_ident(current_schema())").value();
+    connection.Execute(ReadResource(u":/schema/postgresql.sql"_s)
+                           .replace("\nCREATE FUNCTION ", "\nCREATE OR REPLACE FUNCTION ")
+                           .replace("@CASE@", CaseCollation(connection))
+                           .replace("@SCHEMA@", schema.toUtf8()));
 }
 
 SchemaLock::SchemaLock(Connection &connection)

@@ -14,7 +14,7 @@ const Sql::Catalog &SchemaCatalog();
 
 /// What CreateSchema makes; the newest row of SRV_SCHEMA says what a database has. Whoever changes
 /// a table counts it up and adds a step to Migrations.cpp.
-inline constexpr int SchemaVersion = 3;
+inline constexpr int SchemaVersion = 4;
 
 /// The type of a column with its collation, as the database itself would name it.
 QByteArray TypeName(const Sql::Column &column, Dialect dialect);
@@ -38,8 +38,11 @@ QStringList SchemaFunctions();
 /// PostgreSQL it also grants PostgresReaderRole what clients may read.
 void CreateSchema(Connection &connection);
 
-/// For migrations, in a transaction of the caller's: one table of the catalogue, without indexes.
+/// For migrations, in a transaction of the caller's: one table of the catalogue, without indexes;
+/// and the functions of the query language, anew if they are there. SQLite has those in the
+/// program.
 void CreateTable(Connection &connection, const char *name);
+void CreateFunctions(Connection &connection);
 
 /// For a scope nobody else makes or changes tables. Begins before the transaction that does, which
 /// then sees what others have done.

@@ -19,7 +19,7 @@ QByteArrayList SearchedColumns(const Sql::Table &table)
     return names;
 }
 
-/// QEL_GRAMS of the searched columns, each behind `prefix`.
+/// QEL_GRAMS of the searched columns, each behind `prefix`; both databases have the function.
 QByteArray GramsCall(const Sql::Table &table, const QByteArray &prefix = {})
 {
     return "QEL_GRAMS(" + prefix + SearchedColumns(table).join(", " + prefix) + ')';
@@ -64,37 +64,15 @@ QList<SearchObject> GramTable(const Sql::Table &table)
     return objects;
 }
 
-/// The planner finds it for the conditions as they are printed, one column or several. New entries
-/// go to their places at once: a list of pending ones, which is quicker to write, is read through
-/// by every search, and the planner then prefers the table.
-SearchObject TrigramIndex(const Sql::Table &table)
+/// New entries go to their places at once: a list of pending ones, which is quicker to write, is
+/// read through by every search, and the planner then prefers the table.
+SearchObject GramIndex(const Sql::Table &table)
 {
     const QByteArray name = "IX_" + QByteArray::fromStdString(table.name) + "_PARTS";
-    const QByteArray columns = "QEL_UPPER(" + SearchedColumns(table).join("), QEL_UPPER(") + ')';
-    QByteArray keys = columns;
-    keys.replace(")", ") QEL_SEARCH.GIN_TRGM_OPS");
     return {name,
             "CREATE INDEX " + name + " ON " + QByteArray::fromStdString(table.name) +
-                " USING GIN (" + keys + ") WITH (fastupdate = off)",
-            "GIN (" + columns + ')'};
-}
-
-/// Makes the extension if that is allowed, in a schema of its own: everybody may call its functions
-/// who may look there, and one of them has an effect.
-void MakeTrigrams(Connection &connection)
-{
-    if (HasTrigrams(connection))
-        return;
-    try {
-        Savepoint savepoint(connection);
-        connection.Execute("CREATE SCHEMA IF NOT EXISTS QEL_SEARCH");
-        connection.Execute(QByteArray("CREATE EXTENSION ") + TrigramExtension +
-                           " SCHEMA QEL_SEARCH");
-        savepoint.Keep();
-    } catch (const EStoreError &error) {
-        if (error.WhichKind() != EStoreError::Kind::Failure)
-            throw;
-    }
+                " USING GIN (" + GramsCall(table) + ") WITH (fastupdate = off)",
+            "GIN (QEL_GRAMS(VARIADIC ARRAY[" + SearchedColumns(table).join(", ") + "]))"};
 }
 
 void FillGrams(Connection &connection, const Sql::Table &table)
@@ -117,23 +95,12 @@ QList<SearchObject> SearchObjectsOf(const Sql::Table &table, Dialect dialect)
 {
     if (table.searched.empty())
         return {};
-    return dialect == Dialect::Sqlite ? GramTable(table) : QList{TrigramIndex(table)};
-}
-
-bool HasTrigrams(Connection &connection)
-{
-    return connection.Exists("SELECT 1 FROM pg_opclass WHERE opcname = 'gin_trgm_ops'"
-                             " AND opcnamespace = to_regnamespace('qel_search')");
+    return dialect == Dialect::Sqlite ? GramTable(table) : QList{GramIndex(table)};
 }
 
 void CreateSearchIndexes(Connection &connection)
 {
     const Dialect dialect = connection.CurrentDialect();
-    if (dialect == Dialect::PostgreSql) {
-        MakeTrigrams(connection);
-        if (!HasTrigrams(connection))
-            return;
-    }
     for (const Sql::Table &table : SchemaCatalog().Tables()) {
         const auto objects = SearchObjectsOf(table, dialect);
         for (const SearchObject &object : objects)

@@ -3,18 +3,12 @@
 #include "support/TestDatabase.h"
 
 #include <QFile>
-#include <QScopeGuard>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace Qel;
 
 namespace {
-
-const QString NoTrigrams =
-    u"schema.search pg_trgm 没有这个扩展，检索要读整个表；请安装它，由超级用户执行"
-    " CREATE SCHEMA IF NOT EXISTS qel_search; CREATE EXTENSION pg_trgm SCHEMA qel_search;"
-    " 再执行 qel-server reindex"_s;
 
 /// A sound database: the members' type is there, which other tests do without.
 struct SoundDatabase : TestDatabase
@@ -48,7 +42,7 @@ private slots:
             QTest::newRow(name) << sql << QByteArray() << problems;
         };
         row("tables of another version", "UPDATE SRV_SCHEMA SET VERSION = 1",
-            {u"schema.version SRV_SCHEMA 数据库的表是版本 1，本程序需要版本 3"_s});
+            {u"schema.version SRV_SCHEMA 数据库的表是版本 1，本程序需要版本 4"_s});
         row("a missing table", "DROP TABLE TRA_RETURN",
             {u"schema.table TRA_RETURN 缺少这个表"_s,
              u"schema.index TRA_RETURN 主键应为 RETURN_ID"_s,
@@ -124,7 +118,6 @@ private slots:
             "DROP INDEX IX_TRA_SEND_PARTS; CREATE INDEX IX_TRA_SEND_PARTS ON TRA_SEND (ORD_CODE)",
             {u"schema.search IX_TRA_SEND_PARTS 检索索引的这一部分被改动过，请执行 qel-server "
              "reindex"_s});
-        row("a missing extension", "DROP EXTENSION pg_trgm CASCADE", {NoTrigrams});
         row("a missing function", "DROP FUNCTION QEL_LOWER(text)",
             {u"schema.function QEL_LOWER 缺少这个函数，或其中一种参数"_s});
         row("a missing form of a function", "DROP FUNCTION QEL_NUMBER_TEXT(bigint)",
@@ -216,44 +209,6 @@ private slots:
         QCOMPARE(Problems(data.Database()).size(), 2);
         QCOMPARE(RunAdmin({u"reindex"_s}, {{u"QEL_DATABASE"_s, data.Url()}}).status, 0);
         QCOMPARE(Problems(data.Database()), QStringList());
-    }
-
-    void StartsWithoutTrigramsWhereTheyCannotBeMade()
-    {
-        if (!TestsRunOnPostgres())
-            QSKIP("SQLite's full-text tables are part of it");
-        TestDatabase data(TestDatabase::Content::Nothing);
-        const auto allow = [&](const char *sql) {
-            data.Connection().Execute("DO $$ BEGIN EXECUTE format('" + QByteArray(sql) +
-                                      "', current_database()); END $$");
-        };
-        allow("REVOKE CREATE ON DATABASE %I FROM CURRENT_USER");
-        const QMap<QString, QString> environment{{u"QEL_DATABASE"_s, data.Url()}};
-        AdminRun run = RunAdmin({u"migrate"_s}, environment);
-        QCOMPARE(run.err, QString());
-        QCOMPARE(run.status, 0);
-        QCOMPARE(Problems(data.Database()), QStringList{NoTrigrams});
-        allow("GRANT CREATE ON DATABASE %I TO CURRENT_USER");
-        QCOMPARE(RunAdmin({u"reindex"_s}, environment).status, 0);
-        QCOMPARE(Problems(data.Database()), QStringList());
-    }
-
-    void FindsCharacterTypesThatTrigramsMiss()
-    {
-        if (!TestsRunOnPostgres())
-            QSKIP("SQLite has none");
-        TestDatabase data(TestDatabase::Content::Nothing);
-        const QString name = data.Text("SELECT current_database() || '_c'");
-        data.Connection().Execute("CREATE DATABASE " + name.toUtf8() +
-                                  " TEMPLATE template0 ENCODING UTF8 LC_COLLATE 'C' LC_CTYPE 'C'");
-        const auto drop = qScopeGuard(
-            [&] { data.Connection().Execute("DROP DATABASE " + name.toUtf8() + " WITH (FORCE)"); });
-        const QString url = data.Url().replace(data.Text("SELECT current_database()"), name);
-        QCOMPARE(RunAdmin({u"migrate"_s}, {{u"QEL_DATABASE"_s, url}}).status, 0);
-        const AdminRun run = RunAdmin({u"check"_s}, {{u"QEL_DATABASE"_s, url}});
-        QVERIFY2(run.Lines().contains(u"server.collation\tLC_CTYPE\t字符分类是 C：检索索引不认"
-                                      "汉字，检索要读整个表"_s),
-                 qPrintable(run.out));
     }
 
     void FindsSettingsThatLosePosts()

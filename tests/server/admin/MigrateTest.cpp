@@ -51,8 +51,8 @@ private slots:
     {
         QTest::addColumn<int>("version");
         QTest::addColumn<QString>("steps");
-        QTest::newRow("before versions were kept") << 1 << u"2\n3\n"_s;
-        QTest::newRow("without search indexes") << 2 << u"3\n"_s;
+        QTest::newRow("before versions were kept") << 1 << u"2\n3\n4\n"_s;
+        QTest::newRow("without search indexes") << 2 << u"3\n4\n"_s;
     }
     void BringsOldTablesUpToDate()
     {
@@ -84,21 +84,35 @@ private slots:
                  u"1"_s);
     }
 
+    void MigratesToSearchIndexesOnPostgres_data()
+    {
+        QTest::addColumn<int>("version");
+        QTest::addColumn<QString>("steps");
+        QTest::newRow("from none") << 2 << u"3\n4\n"_s;
+        QTest::newRow("from trigrams") << 3 << u"4\n"_s;
+    }
     void MigratesToSearchIndexesOnPostgres()
     {
+        QFETCH(int, version);
+        QFETCH(QString, steps);
         if (!TestsRunOnPostgres())
             QSKIP("above on SQLite");
         TestDatabase data(TestDatabase::Content::Tables);
-        { // the version before: the same tables
+        { // those versions: the same tables
             Store::Transaction transaction(data.Connection());
             Store::DropSearchIndexes(data.Connection());
-            data.Connection().Execute("UPDATE SRV_SCHEMA SET VERSION = 2");
+            data.Connection().Execute("DROP FUNCTION QEL_PART_GRAMS; DROP FUNCTION QEL_GRAMS;"
+                                      "CREATE SCHEMA QEL_SEARCH;"
+                                      "CREATE EXTENSION pg_trgm SCHEMA QEL_SEARCH;"
+                                      "UPDATE SRV_SCHEMA SET VERSION = " +
+                                      QByteArray::number(version));
             transaction.Commit();
         }
         const AdminRun run = RunAdmin({u"migrate"_s}, {{u"QEL_DATABASE"_s, data.Url()}});
         QCOMPARE(run.err, QString());
-        QCOMPARE(run.out, u"3\n"_s);
+        QCOMPARE(run.out, steps);
         QCOMPARE(Problems(data.Database()), QStringList());
+        QCOMPARE(data.Number("SELECT COUNT(*) FROM pg_namespace WHERE nspname = 'qel_search'"), 0);
     }
 
     void DoesNothingTheSecondTime()
@@ -108,8 +122,8 @@ private slots:
         const AdminRun run = site.Run({u"migrate"_s});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, QString());
-        QCOMPARE(run.err, u"数据库的表已是版本 3。\n"_s);
-        QCOMPARE(*site.Open()->QueryText("SELECT COUNT(*) FROM SRV_SCHEMA"), u"2"_s);
+        QCOMPARE(run.err, u"数据库的表已是版本 4。\n"_s);
+        QCOMPARE(*site.Open()->QueryText("SELECT COUNT(*) FROM SRV_SCHEMA"), u"3"_s);
     }
 
     void FailedStepLeavesVersionBefore()
@@ -124,7 +138,7 @@ private slots:
         QCOMPARE(*connection->QueryText("SELECT COUNT(*) FROM SRV_TOKEN"), u"1"_s);
         QVERIFY(Store::HasTable(*connection, u"IX_BAS_ORG_1"_s));
         connection->Execute("DROP VIEW SRV_SCHEMA");
-        QCOMPARE(site.Run({u"migrate"_s}).out, u"2\n3\n"_s);
+        QCOMPARE(site.Run({u"migrate"_s}).out, u"2\n3\n4\n"_s);
     }
 
     void ServerSaysWhatToDo()
@@ -132,11 +146,11 @@ private slots:
         const OldSite site;
         const AdminRun run = site.Run({u"--listen"_s, u"127.0.0.1:0"_s});
         QCOMPARE(run.status, 1);
-        QCOMPARE(run.err, u"qel-server: 数据库的表是版本 1，本程序需要版本 3。请先备份"
+        QCOMPARE(run.err, u"qel-server: 数据库的表是版本 1，本程序需要版本 4。请先备份"
                           "（qel-server backup），再执行 qel-server migrate。\n"_s);
         QCOMPARE(site.Run({u"user"_s, u"list"_s}).err, run.err);
         QCOMPARE(site.Run({u"check"_s}).out,
-                 u"schema.version\tSRV_SCHEMA\t数据库的表是版本 1，本程序需要版本 3\n"_s);
+                 u"schema.version\tSRV_SCHEMA\t数据库的表是版本 1，本程序需要版本 4\n"_s);
     }
 
     void SampleDataAreMigratedByTheServer()

@@ -123,7 +123,7 @@ private slots:
         const QByteArray manifest = Bytes(folder + u"/manifest.json"_s);
         const QByteArray hash =
             QCryptographicHash::hash(organisations, QCryptographicHash::Sha256).toHex();
-        QVERIFY(manifest.contains("\"schema\": 3") && manifest.contains(hash));
+        QVERIFY(manifest.contains("\"schema\": 4") && manifest.contains(hash));
         QVERIFY(!QFileInfo(folder).permission(QFile::ReadOther));
         // The server's own tables stay at home.
         QVERIFY(!QDir(folder).entryList().join(u' ').contains(u"SRV_"_s));
