@@ -10,13 +10,14 @@ namespace Qel::Managers {
 
 namespace {
 
-constexpr int KeptHours = 72;
+constexpr auto KeptFor = 72h;
 constexpr qint64 DroppedAtOnce = 1'000; ///< a few milliseconds, for which posts may have to wait
 constexpr auto SweepTime = 10s;
 
 QString OldestDate()
 {
-    return Store::DateText(QDateTime::currentDateTime().addSecs(-KeptHours * 3600));
+    thread_local Store::RecentDate oldest(KeptFor);
+    return oldest.Text();
 }
 
 } // namespace
