@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -73,18 +74,27 @@ LoginGuard::Attempt::Attempt(LoginGuard &guard, const QByteArray &address,
 
 LoginGuard::Attempt::~Attempt()
 {
-    if (!hasPlace_)
-        return;
-    {
-        const std::lock_guard lock(guard_.lock_);
+    const std::lock_guard lock(guard_.lock_);
+    End();
+}
+
+/// Under the lock. False: it had ended.
+bool LoginGuard::Attempt::End()
+{
+    if (std::exchange(ended_, true))
+        return false;
+    if (hasPlace_) {
         guard_.GiveBack(address_);
+        guard_.ended_.notify_all();
     }
-    guard_.ended_.notify_all();
+    return true;
 }
 
 void LoginGuard::Attempt::Failed()
 {
     const std::lock_guard lock(guard_.lock_);
+    if (!End())
+        return;
     guard_.known_.Forget(digest_); // was taken back
     auto &failures = guard_.failures_.Touch(address_);
     failures.push_back(now_);
@@ -95,7 +105,8 @@ void LoginGuard::Attempt::Failed()
 void LoginGuard::Attempt::Succeeded()
 {
     const std::lock_guard lock(guard_.lock_);
-    guard_.known_.Touch(digest_) = now_;
+    if (End())
+        guard_.known_.Touch(digest_) = now_;
 }
 
 bool LoginGuard::IsKnown(const QByteArray &digest, Clock::time_point now)

@@ -87,16 +87,20 @@ public:
 
     /// How long to wait, in whole seconds, if the credential must not be looked at now.
     const std::optional<std::chrono::seconds> &Refused() const { return refused_; }
+    // The first of these counts, and ends the attempt.
     void Failed();
     void Succeeded();
 
 private:
+    bool End();
+
     LoginGuard &guard_;
     const QByteArray address_;
     const QByteArray digest_;
     const Clock::time_point now_;
     std::optional<std::chrono::seconds> refused_;
     bool hasPlace_ = false;
+    bool ended_ = false;
 };
 
 } // namespace Qel::Http

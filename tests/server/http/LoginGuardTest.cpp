@@ -155,6 +155,23 @@ private slots:
             QVERIFY(!Refuses(guard, Office, Bad));
     }
 
+    void FirstVerdictEndsAnAttemptAndAloneCounts()
+    {
+        LoginGuard guard;
+        std::list<LoginGuard::Attempt> held;
+        for (int at = 0; at < 2 * LoginGuard::MostFailures; ++at)
+            held.emplace_back(guard, Office, "Basic " + QByteArray::number(at), Clock::now())
+                .Succeeded(); // or the sixth would find no place
+        LoginGuard::Attempt wrong(guard, Office, Bad, Clock::now());
+        for (int at = 0; at < LoginGuard::MostFailures; ++at)
+            wrong.Failed();
+        wrong.Succeeded();
+        QVERIFY(!Refuses(guard, Office, Bad));
+        for (int at = 0; at < LoginGuard::MostFailures - 1; ++at)
+            Fail(guard, Office, Bad);
+        QVERIFY(Refuses(guard, Office, Bad));
+    }
+
     void WhoFindsAllPlacesTakenWaitsNoLongerThanItsTime()
     {
         LoginGuard guard;
