@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -99,8 +100,17 @@ void Announce(const Http::HttpServer &server, const Options &options)
     std::fflush(stdout);
 }
 
+/// What one post frees the next one needs again: given back to the system and fetched each time it
+/// costs a tenth of a post. Larger pieces, of long answers, go back at once.
+void KeepFreedMemory()
+{
+    mallopt(M_TRIM_THRESHOLD, 4 << 20);
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
+}
+
 int Serve(Store::Database &database, const Options &options)
 {
+    KeepFreedMemory();
     Http::SetLogFormat(options.jsonLog ? Http::LogFormat::Json : Http::LogFormat::Text);
     EndInTime end;
     Http::Metrics metrics;
@@ -124,7 +134,8 @@ int Serve(Store::Database &database, const Options &options)
                              .patience = {.silence = std::chrono::seconds(options.slowSeconds)},
                              .drainTime = std::chrono::seconds(options.stopSeconds),
                              .readers = std::max(2, processors),
-                             .writers = database.Writers()},
+                             .writers = database.Writers(),
+                             .gathersWrites = database.SharesTransactions()},
                             service, metrics);
     if (options.exitWithParent)
         StopWhenInputCloses(server);

@@ -21,7 +21,9 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
+#include <deque>
 #include <exception>
+#include <functional>
 #include <list>
 #include <mutex>
 
@@ -40,6 +42,10 @@ constexpr qsizetype SmallBody = 16 << 10;
 constexpr std::size_t DiscardLimit = 64u << 20;
 constexpr std::chrono::seconds DiscardTime{2};
 constexpr std::chrono::milliseconds HangUpCheck{200};
+/// Requests that are handled together, whose answers wait for one another; and the bytes of the
+/// body of one, some twenty rows.
+constexpr std::size_t MostTogether = 16;
+constexpr qsizetype SmallWrite = 8 << 10;
 /// Before the end of the drain time: the first for the answers of requests that were stopped, the
 /// second for handlers that do not stop.
 constexpr std::chrono::milliseconds LastWords{1'500};
@@ -60,6 +66,13 @@ struct Peer
     Door door;
     Peers *rest = nullptr;                        ///< the list for the time between requests
     std::shared_ptr<std::atomic<bool>> abandoned; ///< of the request that is being answered
+};
+
+/// A request that waits to be handled together with others.
+struct Gathered
+{
+    const Request *request;
+    std::function<void(Response)> answer; ///< on the network's thread
 };
 
 } // namespace
@@ -335,20 +348,77 @@ private:
         } else {
             WatchForHangUps();
             ++handling_;
-            response = co_await asio::co_spawn(
-                PoolOf(lane).get_executor(),
-                [this, &request]() -> asio::awaitable<Response> {
-                    Response made = handler_.Handle(request);
-                    HandlerDone();
-                    co_return made;
-                },
-                asio::use_awaitable);
+            // Not by ?:, whose awaitables GCC 12 destroys twice.
+            if (lane == Lane::Write && options_.gathersWrites)
+                response = co_await HandledTogether(request);
+            else
+                response = co_await HandledAlone(request, PoolOf(lane));
         }
         if (response.known)
             self.rest = &known_;
         const bool keepAlive = incoming.keepAlive && !stopping_;
         co_return co_await Write(self, response, request.deadline, keepAlive, !incoming.isHead) &&
             keepAlive;
+    }
+
+    asio::awaitable<Response> HandledAlone(const Request &request, asio::thread_pool &pool)
+    {
+        return asio::co_spawn(
+            pool.get_executor(),
+            [this, &request]() -> asio::awaitable<Response> {
+                Response made = handler_.Handle(request);
+                HandlerDone(1);
+                co_return made;
+            },
+            asio::use_awaitable);
+    }
+
+    asio::awaitable<Response> HandledTogether(const Request &request)
+    {
+        return asio::async_initiate<const asio::use_awaitable_t<> &, void(Response)>(
+            [this, &request](auto handler) {
+                const auto kept = std::make_shared<decltype(handler)>(std::move(handler));
+                const auto answer = [kept](Response made) { (*kept)(std::move(made)); };
+                const std::lock_guard lock(gatheringLock_);
+                gathered_.push_back({&request, answer});
+                if (!std::exchange(gathering_, true))
+                    asio::post(writers_, [this] { HandleGathered(); });
+            },
+            asio::use_awaitable);
+    }
+
+    /// The next ones, in the order in which they came: a large one, which takes long, alone.
+    std::vector<Gathered> NextTogether()
+    {
+        const std::lock_guard lock(gatheringLock_);
+        std::vector<Gathered> next;
+        while (!gathered_.empty() && next.size() < MostTogether) {
+            const bool isLarge = gathered_.front().request->body.size() > SmallWrite;
+            if (isLarge && !next.empty())
+                break;
+            next.push_back(std::move(gathered_.front()));
+            gathered_.pop_front();
+            if (isLarge)
+                break;
+        }
+        gathering_ = !next.empty();
+        return next;
+    }
+
+    void HandleGathered()
+    {
+        for (auto next = NextTogether(); !next.empty(); next = NextTogether()) {
+            std::vector<const Request *> requests;
+            for (const Gathered &one : next)
+                requests.push_back(one.request);
+            auto responses = handler_.HandleTogether(requests);
+            const int count = static_cast<int>(next.size());
+            asio::post(context_, [next = std::move(next), made = std::move(responses)]() mutable {
+                for (std::size_t at = 0; at < next.size(); ++at)
+                    next[at].answer(std::move(made[at]));
+            });
+            HandlerDone(count);
+        }
     }
 
     asio::thread_pool &PoolOf(Lane lane)
@@ -435,10 +505,10 @@ private:
         drain_.cancel();
     }
 
-    void HandlerDone()
+    void HandlerDone(int requests)
     {
         const std::lock_guard lock(handlingLock_);
-        --handling_;
+        handling_ -= requests;
         handlingChanged_.notify_one();
     }
 
@@ -473,7 +543,10 @@ private:
     std::mutex handlingLock_;
     std::condition_variable handlingChanged_;
     std::atomic<int> handling_ = 0; ///< requests on the threads below
-    asio::thread_pool readers_;     // last: their threads end before what they use does
+    std::mutex gatheringLock_;
+    std::deque<Gathered> gathered_;
+    bool gathering_ = false;    ///< a thread takes them
+    asio::thread_pool readers_; // last: their threads end before what they use does
     asio::thread_pool writers_;
     asio::thread_pool prober_;
 };

@@ -32,6 +32,8 @@ struct ServerOptions
     std::chrono::milliseconds drainTime{10'000}; ///< for running requests when the server stops
     int readers = 4;                             ///< threads of Lane::Read
     int writers = 1;                             ///< threads of Lane::Write
+    /// Requests of Lane::Write that wait are handled together, on one thread; else each by itself.
+    bool gathersWrites = false;
 };
 
 /// An HTTP/1.1 server: one thread for the network, threads for the handler. A slow or silent

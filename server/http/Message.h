@@ -6,7 +6,9 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <span>
 #include <utility>
+#include <vector>
 
 namespace Qel::Http {
 
@@ -75,6 +77,9 @@ public:
 
     virtual Lane LaneOf(const Request &request) const = 0;
     virtual Response Handle(const Request &request) noexcept = 0;
+    /// Several of Lane::Write that waited, in their order.
+    virtual std::vector<Response>
+    HandleTogether(std::span<const Request *const> requests) noexcept = 0;
     /// The answer to a request that will not be handled; the connection is closed after it.
     /// `request` has its address, and method and path if it got so far.
     virtual Response Refuse(Broken what, const Request &request) noexcept = 0;

@@ -10,6 +10,10 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <exception>
+#include <functional>
+#include <list>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -108,6 +112,56 @@ void Count(Metrics &metrics, LogEntry &log, const QByteArray &route, const Respo
 
 } // namespace
 
+/// A request's credential, for a scope.
+class Service::LogIn
+{
+public:
+    /// Throws EProblem if it may not even be looked at.
+    LogIn(Service &service, const Request &request, LogEntry &log)
+        : service_(service)
+        , log_(log)
+        , credential_(CredentialOf(request))
+        , attempt_(service.logins_, LoginAddress(log.address), request.authorization,
+                   std::min(request.deadline, service.stopBy_.load()))
+    {
+        if (const auto &wait = attempt_.Refused()) {
+            ++service_.metrics_.loginsBlocked;
+            throw EProblem("auth.too_many",
+                           u"登录失败次数过多，请 %1 秒后再试。"_s.arg(wait->count()),
+                           static_cast<int>(wait->count()));
+        }
+    }
+
+    /// Whose it is. Throws EProblem if it is nobody's.
+    Store::Operator Look(Store::Connection &connection)
+    {
+        auto user = Store::FindOperator(connection, credential_.userCode, credential_.token);
+        if (!user && connection.IsCopy())
+            throw UnknownToCopy();
+        if (!user) {
+            ++service_.metrics_.loginsFailed;
+            attempt_.Failed();
+            throw EProblem("auth.refused", u"用户凭据无效。"_s);
+        }
+        attempt_.Succeeded();
+        log_.user = user->userCode;
+        return *std::move(user);
+    }
+
+private:
+    static BasicCredential CredentialOf(const Request &request)
+    {
+        if (auto credential = ParseBasic(request.authorization))
+            return *std::move(credential);
+        throw EProblem("auth.required", u"请求没有带上用户凭据。"_s);
+    }
+
+    Service &service_;
+    LogEntry &log_;
+    BasicCredential credential_;
+    LoginGuard::Attempt attempt_;
+};
+
 Service::Service(Store::Database &database, const ServiceOptions &options, Metrics &metrics)
     : database_(database)
     , options_(options)
@@ -157,32 +211,59 @@ Lane Service::LaneOf(const Request &request) const
     return route && route->method == request.method ? route->lane : Lane::Inline;
 }
 
+/// A request from its arrival to its answer: what log and figures know of it.
+class Service::Handling
+{
+public:
+    Handling(Service &service, const Request &request)
+        : log(NewEntry(request, ClientAddress(request, service.options_.trustedProxies)))
+        , route(service.FindRoute(request))
+        , service_(service)
+        , request_(request)
+    {
+        ++service_.metrics_.requestsHandling;
+        log.received = request.body.size();
+    }
+
+    Response Answered(const std::function<Response()> &make)
+    {
+        Response response;
+        try {
+            response = make();
+        } catch (...) {
+            response = service_.Failed(std::current_exception(), request_, log);
+        }
+        if (route && route->method != request_.method)
+            response.headers.append({"Allow", route->method});
+        response.known = !log.user.isEmpty();
+        --service_.metrics_.requestsHandling;
+        Count(service_.metrics_, log, route ? route->name : "other", response, begin_);
+        if (!route || route->written || response.status != 200)
+            WriteLog(log);
+        return response;
+    }
+
+    LogEntry log;
+    const Route *const route;
+
+private:
+    Service &service_;
+    const Request &request_;
+    const Clock::time_point begin_ = Clock::now();
+};
+
 Response Service::Handle(const Request &request) noexcept
 {
-    const auto begin = Clock::now();
-    ++metrics_.requestsHandling;
-    LogEntry log = NewEntry(request, ClientAddress(request, options_.trustedProxies));
-    log.received = request.body.size();
-    const Route *route = FindRoute(request);
-    Response response;
-    try {
+    Handling handling(*this, request);
+    return handling.Answered([&] {
+        const Route *route = handling.route;
         if (!route)
             throw EProblem("http.not_found", u"服务器没有这个地址。"_s);
         if (route->method != request.method)
             throw EProblem("http.method",
                            u"这个地址只接受 %1。"_s.arg(QLatin1StringView(route->method)));
-        response = (this->*route->handle)(request, log);
-    } catch (...) {
-        response = Failed(std::current_exception(), request, log);
-    }
-    if (route && route->method != request.method)
-        response.headers.append({"Allow", route->method});
-    response.known = !log.user.isEmpty();
-    --metrics_.requestsHandling;
-    Count(metrics_, log, route ? route->name : "other", response, begin);
-    if (!route || route->written || response.status != 200)
-        WriteLog(log);
-    return response;
+        return (this->*route->handle)(request, handling.log);
+    });
 }
 
 Response Service::Refuse(Broken what, const Request &request) noexcept
@@ -233,33 +314,6 @@ Response Service::Failed(const std::exception_ptr &failure, const Request &reque
     return response;
 }
 
-Store::Operator Service::Authenticate(Store::Connection &connection, const Request &request,
-                                      LogEntry &log)
-{
-    const auto credential = ParseBasic(request.authorization);
-    if (!credential)
-        throw EProblem("auth.required", u"请求没有带上用户凭据。"_s);
-    const QByteArray from = LoginAddress(log.address);
-    LoginGuard::Attempt attempt(logins_, from, request.authorization,
-                                std::min(request.deadline, stopBy_.load()));
-    if (const auto &wait = attempt.Refused()) {
-        ++metrics_.loginsBlocked;
-        throw EProblem("auth.too_many", u"登录失败次数过多，请 %1 秒后再试。"_s.arg(wait->count()),
-                       static_cast<int>(wait->count()));
-    }
-    auto user = Store::FindOperator(connection, credential->userCode, credential->token);
-    if (!user && connection.IsCopy())
-        throw UnknownToCopy();
-    if (!user) {
-        ++metrics_.loginsFailed;
-        attempt.Failed();
-        throw EProblem("auth.refused", u"用户凭据无效。"_s);
-    }
-    attempt.Succeeded();
-    log.user = user->userCode;
-    return *std::move(user);
-}
-
 /// On a copy of the database if there is one that has what the client has posted. What a copy
 /// cannot do (it breaks, or the primary's changes run over the rows being read) the primary can.
 Response Service::Read(ReadFunction work, const Request &request, LogEntry &log)
@@ -290,7 +344,7 @@ Response Service::Query(const Request &request, LogEntry &log)
 
 Response Service::QueryOn(Store::Reader &reader, const Request &request, LogEntry &log)
 {
-    const Store::Operator user = Authenticate(*reader.connection, request, log);
+    const Store::Operator user = LogIn(*this, request, log).Look(*reader.connection);
     const auto query = Wire::DecodeQueryRequest(request.body, RequestFormat(request));
     log.hash = Store::StatementHash(query.sql);
     const auto logTables = qScopeGuard([&] { log.tables = Joined(reader.queries.LastTables()); });
@@ -304,26 +358,110 @@ Response Service::QueryOn(Store::Reader &reader, const Request &request, LogEntr
     return response;
 }
 
+/// A post on its way.
+class Service::Posting
+{
+public:
+    /// Throws EProblem if the credential may not even be looked at.
+    Posting(Service &service, const Request &request, LogEntry &log)
+        : service_(service)
+        , request_(request)
+        , log_(log)
+        , logIn_(service, request, log)
+    {
+    }
+
+    // No client hang-up ends a post: it is stored whole, and its answer waits under its key.
+    Clock::time_point Deadline() const { return deadline_; }
+
+    /// The body is read only for who has a good credential.
+    Managers::Submission Prepare(Store::Connection &connection)
+    {
+        auto user = logIn_.Look(connection);
+        if (!post_) {
+            CheckKey(request_.idempotencyKey);
+            post_.emplace(Wire::DecodePostRequest(request_.body, RequestFormat(request_)),
+                          request_.idempotencyKey, request_.body);
+            const Wire::PostRequest &asked = post_->request;
+            log_.what = asked.manager.left(100) + u'/' + asked.method.left(100);
+        }
+        return {std::move(user), *post_};
+    }
+
+    Response Answered(const Wire::PostAnswer &answer)
+    {
+        log_.rows = answer.rows.size();
+        log_.code = answer.rows.isEmpty() ? QByteArray() : answer.rows.first().code.toLatin1();
+        service_.metrics_.CountPost(log_.code);
+        Response response = Encoded(answer, AnswerFormat(request_));
+        if (service_.database_.HasCopies())
+            response.headers.append({"QEL-Position", service_.PositionAfterPost(deadline_)});
+        return response;
+    }
+
+private:
+    Service &service_;
+    const Request &request_;
+    LogEntry &log_;
+    const Clock::time_point deadline_ =
+        std::min(request_.deadline, Clock::now() + service_.options_.statementTime);
+    LogIn logIn_;
+    std::optional<Managers::Post> post_;
+};
+
 Response Service::Post(const Request &request, LogEntry &log)
 {
-    // No client hang-up ends a post: it is stored whole, and its answer waits under its key.
-    const auto deadline = std::min(request.deadline, Clock::now() + options_.statementTime);
-    Store::Operator user;
-    Managers::PreparePost(writers_, deadline, [&](Store::Connection &connection) {
-        user = Authenticate(connection, request, log);
-    });
-    CheckKey(request.idempotencyKey);
-    const Managers::Post post{Wire::DecodePostRequest(request.body, RequestFormat(request)),
-                              request.idempotencyKey, request.body};
-    log.what = post.request.manager.left(100) + u'/' + post.request.method.left(100);
-    const Wire::PostAnswer answer = Managers::SubmitPost(writers_, deadline, user, post);
-    log.rows = answer.rows.size();
-    log.code = answer.rows.isEmpty() ? QByteArray() : answer.rows.first().code.toLatin1();
-    metrics_.CountPost(log.code);
-    Response response = Encoded(answer, AnswerFormat(request));
-    if (database_.HasCopies())
-        response.headers.append({"QEL-Position", PositionAfterPost(deadline)});
-    return response;
+    Posting posting(*this, request, log);
+    return posting.Answered(
+        Managers::SubmitPost(writers_, posting.Deadline(), [&](Store::Connection &connection) {
+            return posting.Prepare(connection);
+        }));
+}
+
+std::vector<Response> Service::HandleTogether(std::span<const Request *const> requests) noexcept
+{
+    if (requests.size() == 1)
+        return {Handle(*requests.front())};
+
+    struct Member
+    {
+        Member(Service &service, const Request &request)
+            : handling(service, request)
+        {
+            try {
+                posting.emplace(service, request, handling.log);
+            } catch (...) {
+                refusal = std::current_exception();
+            }
+        }
+        Handling handling;
+        std::optional<Posting> posting;
+        std::exception_ptr refusal; ///< of what is not even tried
+    };
+    std::list<Member> members;
+    std::vector<Managers::PostInGroup> posts;
+    for (const Request *request : requests) {
+        Member &member = members.emplace_back(*this, *request);
+        if (member.posting)
+            posts.push_back({.deadline = member.posting->Deadline(),
+                             .prepare = [&posting = *member.posting](auto &connection) {
+                                 return posting.Prepare(connection);
+                             }});
+    }
+    if (!posts.empty())
+        Managers::SubmitPosts(writers_, posts);
+
+    std::vector<Response> responses;
+    auto post = posts.begin();
+    for (Member &member : members)
+        responses.push_back(member.handling.Answered([&] {
+            const std::exception_ptr failure = member.posting ? post->failure : member.refusal;
+            const auto answer = member.posting ? (post++)->answer : Wire::PostAnswer();
+            if (failure)
+                std::rethrow_exception(failure);
+            return member.posting->Answered(answer);
+        }));
+    return responses;
 }
 
 /// The post is stored already: if its position cannot be had, the client asks for the latest state.
@@ -346,7 +484,7 @@ Response Service::Session(const Request &request, LogEntry &log)
 
 Response Service::SessionOn(Store::Reader &reader, const Request &request, LogEntry &log)
 {
-    const Store::Operator user = Authenticate(*reader.connection, request, log);
+    const Store::Operator user = LogIn(*this, request, log).Look(*reader.connection);
     return Encoded(Wire::SessionAnswer{user.userId, user.userCode, user.userName, user.orgId,
                                        user.orgAbbr, user.orgName, options_.serverName},
                    AnswerFormat(request));

@@ -41,12 +41,17 @@ public:
 
     Lane LaneOf(const Request &request) const override;
     Response Handle(const Request &request) noexcept override;
+    std::vector<Response>
+    HandleTogether(std::span<const Request *const> requests) noexcept override;
     Response Refuse(Broken what, const Request &request) noexcept override;
     void BeginStop(Clock::time_point latest) noexcept override;
 
 private:
     struct Route;
     class StatementLimit;
+    class Handling;
+    class LogIn;
+    class Posting;
 
     static const std::vector<Route> &Routes();
     const Route *FindRoute(const Request &request) const;
@@ -66,8 +71,6 @@ private:
     Response Figures(const Request &request, LogEntry &log);
     Response Failed(const std::exception_ptr &failure, const Request &request, LogEntry &log) const;
 
-    Store::Operator Authenticate(Store::Connection &connection, const Request &request,
-                                 LogEntry &log);
     void CheckDatabase();
     bool IsStopping() const { return stopBy_.load() != Clock::time_point::max(); }
 

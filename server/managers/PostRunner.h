@@ -5,7 +5,9 @@
 
 #include <QByteArray>
 
+#include <exception>
 #include <functional>
+#include <span>
 
 namespace Qel::Managers {
 
@@ -26,16 +28,36 @@ struct Post
 Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &user,
                          const Post &post);
 
-/// Calls `work`, which reads what has to be known before a post, on a connection of the pool.
-/// Throws EPostError with "post.not_done" when the time is up.
-void PreparePost(Store::WriterPool &writers, Store::WriterPool::Clock::time_point deadline,
-                 const std::function<void(Store::Connection &)> &work);
+/// Who posts what.
+struct Submission
+{
+    Store::Operator user;
+    Post post;
+};
+
+/// Finds that out on the connection on which the post then runs; changes nothing. Called before
+/// each try.
+using Prepare = std::function<Submission(Store::Connection &)>;
 
 /// RunPost on a connection of the pool, again and again while other posts come in between, until
 /// the deadline. Where a connection broke during the COMMIT, the key tells whether that took
-/// effect. Throws EPostError with "post.not_done" or "post.unknown" when the time is up.
+/// effect. Throws what `prepare` throws, and EPostError with "post.not_done" or "post.unknown" when
+/// the time is up.
 Wire::PostAnswer SubmitPost(Store::WriterPool &writers,
-                            Store::WriterPool::Clock::time_point deadline,
-                            const Store::Operator &user, const Post &post);
+                            Store::WriterPool::Clock::time_point deadline, const Prepare &prepare);
+
+/// A post among several.
+struct PostInGroup
+{
+    Store::WriterPool::Clock::time_point deadline;
+    Prepare prepare;
+    Wire::PostAnswer answer = {};
+    std::exception_ptr failure = {}; ///< what SubmitPost would have thrown
+};
+
+/// SubmitPost for each, in their order. They share a transaction, so that one wait for the disk
+/// serves all of them, and each is a part of it that is undone alone; those that cannot be a part,
+/// and all of them if the whole fails, run by themselves. For a database that shares transactions.
+void SubmitPosts(Store::WriterPool &writers, std::span<PostInGroup> posts);
 
 } // namespace Qel::Managers

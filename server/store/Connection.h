@@ -123,7 +123,8 @@ public:
     virtual void LimitMemory(qint64 bytes) { Q_UNUSED(bytes) }
 
     // For the guards below. A connection that was lost is made anew by the next Begin, or by the
-    // next statement outside of a transaction; what is left of a transaction says Lost again.
+    // next statement outside of a transaction; what is left of a transaction says Lost again. A
+    // Write within a Write is a part of it and can be undone alone, where transactions are shared.
     enum class Scope { Write, Snapshot };
     virtual void Begin(Scope scope) = 0;
     virtual void Commit() = 0;

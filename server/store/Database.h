@@ -19,6 +19,9 @@ public:
     virtual std::unique_ptr<Connection> OpenWriter() = 0;
     /// How many of those have work to do at the same time; more would only wait for each other.
     virtual int Writers() const = 0;
+    /// Whether a Transaction within another one is a part of it, so that several share the wait
+    /// for the disk.
+    virtual bool SharesTransactions() const { return false; }
     /// Can read and nothing else, whatever text it is given. It may be one of a copy of the
     /// database that follows at a short distance: see Connection::Shows.
     virtual std::unique_ptr<Connection> OpenReader() = 0;

@@ -245,15 +245,27 @@ public:
 
     void Begin(Scope scope) override
     {
-        Execute(scope == Scope::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+        if (IsAtRest()) {
+            parts_ = 0; // the database may have rolled back by itself
+            Run(scope == Scope::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+        } else {
+            Run("SAVEPOINT shared");
+            ++parts_;
+        }
     }
 
-    void Commit() override { Execute("COMMIT"); }
+    void Commit() override
+    {
+        Run(parts_ > 0 ? "RELEASE shared" : "COMMIT");
+        parts_ -= parts_ > 0 ? 1 : 0;
+    }
 
     void Rollback() noexcept override
     {
         // It fails where the database has already rolled back by itself (full disk).
-        sqlite3_exec(handle_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_exec(handle_.get(), parts_ > 0 ? "ROLLBACK TO shared; RELEASE shared" : "ROLLBACK",
+                     nullptr, nullptr, nullptr);
+        parts_ -= parts_ > 0 ? 1 : 0;
     }
 
 private:
@@ -328,6 +340,7 @@ private:
     std::unique_ptr<sqlite3, CloseSqlite> handle_;
     std::function<bool()> stop_;
     bool clientText_ = false;
+    int parts_ = 0; ///< begun within the transaction and not ended
     qint64 memoryLimit_ = 0;
 };
 

@@ -15,6 +15,7 @@ public:
 
     std::unique_ptr<Connection> OpenWriter() override;
     int Writers() const override { return 1; }
+    bool SharesTransactions() const override { return true; }
     std::unique_ptr<Connection> OpenReader() override;
 
 private:

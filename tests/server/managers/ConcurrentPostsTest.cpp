@@ -32,9 +32,10 @@ Wire::PostAnswer Submit(Store::WriterPool &writers, const Wire::PostRequest &req
                         const Store::Operator &user = TestDatabase::Admin(),
                         Clock::duration time = Patience)
 {
-    return Managers::SubmitPost(
-        writers, Clock::now() + time, user,
-        {.request = request, .key = key, .body = Wire::Encode(request, Wire::Format::Cbor)});
+    const Managers::Submission submission{
+        user, {.request = request, .key = key, .body = Wire::Encode(request, Wire::Format::Cbor)}};
+    return Managers::SubmitPost(writers, Clock::now() + time,
+                                [&](Store::Connection &) { return submission; });
 }
 
 /// The code of the error that the post ends in.

@@ -37,18 +37,31 @@ public:
     {
         real_->StopWhen(std::move(condition));
     }
-    void Begin(Scope scope) override { Real().Begin(scope); }
+    void Begin(Scope scope) override
+    {
+        depth_ = Real().IsAtRest() ? 1 : depth_ + 1;
+        Real().Begin(scope);
+    }
     void Commit() override
     {
-        if (database_.Breaks(Break::BeforeCommit)) {
+        const bool isWhole = depth_ == 1;
+        if (isWhole && database_.Breaks(Break::BeforeCommit)) {
             real_->Rollback();
             BreakNow();
         }
         Real().Commit();
+        --depth_;
+        if (!isWhole)
+            return;
+        database_.CountCommit();
         if (database_.Breaks(Break::AfterCommit))
             BreakNow();
     }
-    void Rollback() noexcept override { real_->Rollback(); }
+    void Rollback() noexcept override
+    {
+        real_->Rollback();
+        --depth_;
+    }
 
 private:
     Store::Connection &Real()
@@ -66,6 +79,7 @@ private:
     FaultyDatabase &database_;
     std::unique_ptr<Store::Connection> real_;
     bool broken_ = false;
+    int depth_ = 0; ///< of transactions, parts included
 };
 
 } // namespace

@@ -25,9 +25,12 @@ public:
     /// Of the next connection that gets there.
     void BreakOnce(Break where) { next_ = where; }
     int Opened() const { return opened_; }
+    int Committed() const { return committed_; } ///< transactions, whole ones
+    void CountCommit() { ++committed_; }
 
     std::unique_ptr<Store::Connection> OpenWriter() override;
     int Writers() const override { return real_.Writers(); }
+    bool SharesTransactions() const override { return real_.SharesTransactions(); }
     std::unique_ptr<Store::Connection> OpenReader() override { return real_.OpenReader(); }
 
     /// Whether it is now; it is not a second time.
@@ -37,6 +40,7 @@ private:
     Store::Database &real_;
     std::atomic<Break> next_ = Break::Never;
     std::atomic<int> opened_ = 0;
+    std::atomic<int> committed_ = 0;
 };
 
 } // namespace Qel

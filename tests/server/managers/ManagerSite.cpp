@@ -54,8 +54,8 @@ QString ManagerSite::PostBeside(const Wire::PostRequest &request)
 {
     Store::WriterPool writers(Database());
     const auto deadline = Store::WriterPool::Clock::now() + std::chrono::minutes(1);
-    return Managers::SubmitPost(writers, deadline, Admin(),
-                                {.request = request, .key = {}, .body = {}})
+    const Managers::Submission submission{Admin(), {.request = request, .key = {}, .body = {}}};
+    return Managers::SubmitPost(writers, deadline, [&](Store::Connection &) { return submission; })
         .rows.value(0)
         .code;
 }

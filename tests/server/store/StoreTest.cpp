@@ -186,6 +186,35 @@ private slots:
         QCOMPARE(data.Number("SELECT COUNT(*) FROM BAS_ORG"), 7);
     }
 
+    void TransactionWithinASharedOneIsAPartOfItAndUndoneAlone()
+    {
+        TestDatabase data;
+        if (!data.Database().SharesTransactions())
+            QSKIP("each of its transactions stands by itself");
+        {
+            Store::Transaction shared(data.Connection());
+            {
+                Store::Transaction undone(data.Connection());
+                data.Connection().Execute("DELETE FROM BAS_ORG");
+            }
+            Store::Transaction part(data.Connection());
+            data.Connection().Execute("DELETE FROM BAS_ORG WHERE ORG_ID = '200008'");
+            part.Commit();
+            QVERIFY(!data.Connection().IsAtRest());
+            QCOMPARE(data.Database().OpenReader()->QueryText("SELECT COUNT(*) FROM BAS_ORG"),
+                     u"8"_s);
+            shared.Commit();
+        }
+        QCOMPARE(data.Number("SELECT COUNT(*) FROM BAS_ORG"), 7);
+        {
+            Store::Transaction shared(data.Connection());
+            Store::Transaction part(data.Connection());
+            data.Connection().Execute("DELETE FROM BAS_ORG");
+            part.Commit();
+        }
+        QCOMPARE(data.Number("SELECT COUNT(*) FROM BAS_ORG"), 7);
+    }
+
     void SnapshotHoldsWhileOthersCommit()
     {
         TestDatabase data;
