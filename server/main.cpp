@@ -9,6 +9,7 @@
 #include "store/Credentials.h"
 #include "store/Database.h"
 #include "store/Migrations.h"
+#include "store/NowAndThen.h"
 #include "store/Statistics.h"
 
 #include <QCoreApplication>
@@ -30,6 +31,9 @@ namespace Qel {
 namespace {
 
 constexpr int StatementGrace = 5; ///< seconds that the database gives the server to end a statement
+/// How often goes back to the system what large lists left free between small blocks. It takes some
+/// milliseconds at the most, for which threads that allocate may have to wait.
+constexpr auto TrimTime = std::chrono::seconds(10);
 
 /// Makes the tables of an empty database and fills them if the sample data is wanted; older tables
 /// are brought up to date for that alone, as a site's own wait for their administrator. A database
@@ -141,6 +145,8 @@ int Serve(Store::Database &database, const Options &options)
         StopWhenInputCloses(server);
     Announce(server, options);
     const Store::StatisticsKeeper statistics(database);
+    const Store::NowAndThen trim(TrimTime, Store::NowAndThen::First::AfterOneInterval,
+                                 [](const std::stop_token &) { malloc_trim(0); });
     server.Run();
     end.By(server.DrainEnd());
     return 0;

@@ -16,8 +16,9 @@ struct MixedResult
 };
 
 /// A server on the database under a load of everything: of ten requests a client sends two posts
-/// that are stored, one that is sent again under its key, six indexed pages of changing texts, and
-/// one page in ten times is one that scans.
+/// that are stored, one that is sent again under its key and seven indexed pages of changing texts;
+/// of a thousand, ten of those are pages that scan, one is a list of all 100,000 organisations,
+/// which the server sorts, and one a list by 3,000 keys.
 MixedResult RunMixedLoad(const QString &database, int clients, std::chrono::seconds time);
 
 } // namespace Qel::Bench

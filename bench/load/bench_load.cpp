@@ -150,11 +150,15 @@ bool MeasureMemory(const QString &name, const Site &site, std::chrono::seconds t
 {
     const MixedResult result = RunMixedLoad(site.Served(), Clients, time);
     const MemoryTrend trend = TrendOf(result.memory);
-    std::printf("%s: %lld s of mixed load, %.0f answers/s; resident %.1f MiB at first, %.1f in the"
-                " second half,\nthere %+.1f KiB a minute, %+.0f KiB in all: %s (load %.1f)\n",
-                qUtf8Printable(name), static_cast<long long>(time.count()), result.rate,
-                result.memory.front().kib / 1024, trend.meanKiB / 1024, trend.slope, trend.growth,
-                trend.isFlat ? "flat" : "GROWS", LoadAverage());
+    const MemorySample &first = result.memory.front();
+    const MemorySample &last = result.memory.back();
+    std::printf(
+        "%s: %lld s of mixed load, %.0f answers/s; its own memory %.1f MiB at first, at most"
+        " %.1f,\nbetween requests %.1f in the second half, there %+.1f KiB a minute,"
+        " %+.0f KiB in all: %s\n(load %.1f; pages of files %.1f MiB at first, %.1f at last)\n",
+        qUtf8Printable(name), static_cast<long long>(time.count()), result.rate,
+        first.ownKiB / 1024, trend.mostKiB / 1024, trend.meanKiB / 1024, trend.slope, trend.growth,
+        trend.isFlat ? "flat" : "GROWS", LoadAverage(), first.fileKiB / 1024, last.fileKiB / 1024);
     std::fflush(stdout);
     return trend.isFlat;
 }

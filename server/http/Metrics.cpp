@@ -3,7 +3,6 @@
 #include <QFile>
 
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <iterator>
@@ -92,13 +91,17 @@ QByteArray Label(const char *name, const QByteArray &value)
     return QByteArray(name) + "=\"" + value + '"';
 }
 
-/// Resident memory in bytes; 0 where it is not told.
-qint64 ResidentBytes()
+/// A figure of this process in bytes, by its name in /proc/self/status; 0 where it is not told.
+qint64 MemoryBytes(const QByteArray &name)
 {
-    QFile file(QStringLiteral("/proc/self/statm"));
+    QFile file(QStringLiteral("/proc/self/status"));
     if (!file.open(QIODevice::ReadOnly))
         return 0;
-    return file.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE);
+    constexpr qint64 unit = 1024;
+    for (const QByteArray &line : file.readAll().split('\n'))
+        if (line.startsWith(name + ':'))
+            return line.simplified().split(' ').value(1).toLongLong() * unit;
+    return 0;
 }
 
 QByteArray ProcessorSeconds()
@@ -179,7 +182,9 @@ QByteArray Metrics::Text() const
     page.Alone("process_start_time_seconds", "gauge", "When the process was started, Unix time.",
                QByteArray::number(static_cast<double>(start.count()) / 1e6, 'f', 3));
     page.Alone("process_resident_memory_bytes", "gauge", "Resident memory.",
-               QByteArray::number(ResidentBytes()));
+               QByteArray::number(MemoryBytes("VmRSS")));
+    page.Alone("qel_own_memory_bytes", "gauge", "Resident memory without pages of files.",
+               QByteArray::number(MemoryBytes("RssAnon")));
     page.Alone("process_cpu_seconds_total", "counter", "Processor time used.", ProcessorSeconds());
     return page.Text();
 }

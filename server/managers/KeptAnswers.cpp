@@ -67,24 +67,9 @@ void DropExpiredAnswers(Store::WriterPool &writers)
 }
 
 AnswerSweeper::AnswerSweeper(Store::WriterPool &writers, std::chrono::milliseconds interval)
-    : writers_(writers)
-    , thread_([this, interval](const std::stop_token &stop) { Sweep(stop, interval); })
+    : sweep_(interval, Store::NowAndThen::First::AfterOneInterval,
+             [&writers](const std::stop_token &) { DropExpiredAnswers(writers); })
 {
-}
-
-void AnswerSweeper::Sweep(const std::stop_token &stop, std::chrono::milliseconds interval)
-{
-    std::unique_lock lock(lock_);
-    while (!stop.stop_requested()) {
-        wake_.wait_for(lock, stop, interval, [] { return false; });
-        if (stop.stop_requested())
-            return;
-        try {
-            DropExpiredAnswers(writers_);
-        } catch (const EQelError &) {
-            // The database is busy or away: the posts say so, and the next round finds the rows.
-        }
-    }
 }
 
 } // namespace Qel::Managers

@@ -1,14 +1,11 @@
 #pragma once
 
+#include "store/NowAndThen.h"
 #include "store/WriterPool.h"
 #include "wire/Wire.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <optional>
-#include <stop_token>
-#include <thread>
 
 /// What posts with an idempotency key were answered. Kept for 72 hours.
 namespace Qel::Managers {
@@ -35,12 +32,7 @@ public:
                            std::chrono::milliseconds interval = std::chrono::minutes(1));
 
 private:
-    void Sweep(const std::stop_token &stop, std::chrono::milliseconds interval);
-
-    Store::WriterPool &writers_;
-    std::mutex lock_;
-    std::condition_variable_any wake_;
-    std::jthread thread_; ///< last: ends before what it uses
+    Store::NowAndThen sweep_;
 };
 
 } // namespace Qel::Managers

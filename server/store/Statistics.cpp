@@ -77,25 +77,13 @@ bool NeedStatistics(Connection &connection)
 }
 
 StatisticsKeeper::StatisticsKeeper(Database &database, std::chrono::milliseconds interval)
-    : database_(database)
-    , thread_([this, interval](const std::stop_token &stop) { Keep(stop, interval); })
+    : keep_(interval, NowAndThen::First::AtOnce, [&database](const std::stop_token &stop) {
+        const auto connection = database.OpenWriter();
+        connection->StopWhen([&stop] { return stop.stop_requested(); });
+        if (NeedStatistics(*connection))
+            UpdateStatistics(*connection);
+    })
 {
-}
-
-void StatisticsKeeper::Keep(const std::stop_token &stop, std::chrono::milliseconds interval)
-{
-    std::unique_lock lock(lock_);
-    while (!stop.stop_requested()) {
-        try {
-            const auto connection = database_.OpenWriter();
-            connection->StopWhen([&stop] { return stop.stop_requested(); });
-            if (NeedStatistics(*connection))
-                UpdateStatistics(*connection);
-        } catch (const EQelError &) {
-            // The database is busy or away; the next round makes up for it.
-        }
-        wake_.wait_for(lock, stop, interval, [] { return false; });
-    }
 }
 
 } // namespace Qel::Store

@@ -1,12 +1,9 @@
 #pragma once
 
 #include "store/Database.h"
+#include "store/NowAndThen.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <stop_token>
-#include <thread>
 
 namespace Qel::Store {
 
@@ -30,12 +27,7 @@ public:
                               std::chrono::milliseconds interval = std::chrono::hours(1));
 
 private:
-    void Keep(const std::stop_token &stop, std::chrono::milliseconds interval);
-
-    Database &database_;
-    std::mutex lock_;
-    std::condition_variable_any wake_;
-    std::jthread thread_; ///< last: ends before what it uses
+    NowAndThen keep_;
 };
 
 } // namespace Qel::Store
