@@ -50,6 +50,16 @@ void WriteOneByOne(const PostContext &post)
                              TypeOf(entry), post.user.userId, post.user.userName, post.now});
 }
 
+/// The database finds the key itself.
+void WriteOne(const PostContext &post, const LoggedChange &entry)
+{
+    static const QByteArray insert =
+        EntryColumns + QByteArray("VALUES (CAST(SRV_NEW_KEY('SYS_UPDATE_LOG') AS TEXT),"
+                                  " ?1, ?2, ?3, ?4, ?5, ?6, ?7, '1')");
+    post.Write(insert, {entry.table, entry.key1, entry.key2, TypeOf(entry), post.user.userId,
+                        post.user.userName, post.now});
+}
+
 /// As PostgreSQL reads an array of texts; the empty text is NULL.
 class ArrayText
 {
@@ -68,7 +78,7 @@ private:
     QString text_;
 };
 
-/// All in one statement: over a network each has its price.
+/// Many in one statement.
 void WriteAtOnce(const PostContext &post)
 {
     ArrayText tables;
@@ -81,7 +91,7 @@ void WriteAtOnce(const PostContext &post)
         keys2.Append(entry.key2);
         types.Append(TypeOf(entry));
     }
-    post.connection.Run(
+    post.Write(
         EntryColumns +
             QByteArray("SELECT CAST(SRV_NEW_KEY('SYS_UPDATE_LOG') AS TEXT), E.TABLE_NAME,"
                        " E.KEY1, E.KEY2, E.OPTION_TYPE, ?5, ?6, ?7, '1'"
@@ -104,10 +114,12 @@ void WriteLog(const PostContext &post)
 {
     if (post.changes.isEmpty())
         return;
-    if (HasSequences(post.connection))
-        WriteAtOnce(post);
-    else
+    if (!HasSequences(post.connection))
         WriteOneByOne(post);
+    else if (post.changes.size() == 1)
+        WriteOne(post, post.changes.first());
+    else
+        WriteAtOnce(post);
 }
 
 QString NewKey(Store::Connection &connection, const QString &table, const QString &keyColumn)

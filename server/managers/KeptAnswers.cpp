@@ -37,16 +37,22 @@ std::optional<Wire::PostAnswer> FindKeptAnswer(Store::Connection &connection, co
                                   Wire::Format::Cbor);
 }
 
-void KeepAnswer(Store::Connection &connection, const QString &key, const QString &bodyHash,
+void KeepAnswer(const PostContext &post, const QString &key, const QString &bodyHash,
                 const Wire::PostAnswer &answer)
 {
-    // A key that expired and was not dropped yet is free.
-    const qint64 stored = connection.Run(
-        "INSERT INTO SRV_IDEMPOTENCY (KEY, BODY_HASH, ANSWER, CREATED) VALUES (?1, ?2, ?3, ?4)"
-        " ON CONFLICT (KEY) DO UPDATE SET BODY_HASH = excluded.BODY_HASH,"
-        " ANSWER = excluded.ANSWER, CREATED = excluded.CREATED WHERE SRV_IDEMPOTENCY.CREATED < ?5",
-        {key, bodyHash, QString::fromLatin1(Wire::Encode(answer, Wire::Format::Cbor).toBase64()),
-         Store::Now(), OldestDate()});
+    static constexpr char Insert[] =
+        "INSERT INTO SRV_IDEMPOTENCY (KEY, BODY_HASH, ANSWER, CREATED) VALUES (?1, ?2, ?3, ?4)";
+    Store::Values values{key, bodyHash,
+                         QString::fromLatin1(Wire::Encode(answer, Wire::Format::Cbor).toBase64()),
+                         post.now};
+    if (!post.withSavepoints)
+        return post.Write(Insert, values);
+    values.append(OldestDate());
+    const qint64 stored = post.connection.Run(
+        Insert + QByteArray(" ON CONFLICT (KEY) DO UPDATE SET BODY_HASH = excluded.BODY_HASH,"
+                            " ANSWER = excluded.ANSWER, CREATED = excluded.CREATED"
+                            " WHERE SRV_IDEMPOTENCY.CREATED < ?5"),
+        values);
     if (stored == 0)
         throw Store::EStoreError(Store::EStoreError::Kind::Conflict,
                                  u"同一提交标识同时由另一请求使用"_s);

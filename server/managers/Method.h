@@ -69,7 +69,18 @@ struct PostContext
     QString now;                      ///< the moment of the post, as dates are stored
     QString lastUser;                 ///< what the row at hand leaves as LAST_USER
     QList<LoggedChange> changes = {}; ///< so far; see LogChange
+    bool withSavepoints = false;      ///< what the database refuses is undone by itself
     QSet<QStringList> found = {};     ///< references of earlier rows that no row of the method ends
+
+    /// Runs a statement that changes rows and of which nobody asks how many. Without savepoints
+    /// nobody waits for its end either: what refuses it undoes the post as a whole.
+    void Write(QByteArrayView sql, const Store::Values &values) const
+    {
+        if (withSavepoints)
+            connection.Run(sql, values);
+        else
+            connection.Send(sql, values);
+    }
 };
 
 /// Result codes as the screens read them; what the two refusals mean is the method's own.

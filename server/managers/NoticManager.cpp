@@ -101,7 +101,7 @@ Wire::ResultRow DeleteAnnouncement(PostContext &post, const PostedRow &row)
     const QString id = row[Key];
     if (FindOwn(post, id).state != RowState::Live)
         return {Failed, {}};
-    post.connection.Run("DELETE FROM SYS_AFFICHE WHERE ID = ?1", {id});
+    post.Write("DELETE FROM SYS_AFFICHE WHERE ID = ?1", {id});
     LogChange(post, Announcement, id, {}, Change::PhysicalDelete);
     return {Stored, {}};
 }

@@ -85,16 +85,16 @@ void StorePlace(PostContext &post, const Place &place, bool isNew)
               : "UPDATE BAS_ORG_AFFILIATION SET ORG_ID = ?2, PARENT_ORGID = ?3, TREE_CODE = ?4,"
                 " TREE_LEVEL = ?5, LAST_USER = ?6, LAST_USER_ID = ?7, LAST_UPDATE = ?8"
                 " WHERE ID = ?1";
-    post.connection.Run(sql, {place.id, place.orgId, place.parentOrgId, place.code,
-                              LevelOfCode(place.code), post.lastUser, post.user.userId, post.now});
+    post.Write(sql, {place.id, place.orgId, place.parentOrgId, place.code, LevelOfCode(place.code),
+                     post.lastUser, post.user.userId, post.now});
     LogChange(post, Affiliation, place.id, {}, isNew ? Change::Insert : Change::Modify);
 }
 
 void HangBelow(PostContext &post, const QString &id, const QString &parentOrgId)
 {
-    post.connection.Run("UPDATE BAS_ORG_AFFILIATION SET PARENT_ORGID = ?2, LAST_USER = ?3,"
-                        " LAST_USER_ID = ?4, LAST_UPDATE = ?5 WHERE ID = ?1",
-                        {id, parentOrgId, post.lastUser, post.user.userId, post.now});
+    post.Write("UPDATE BAS_ORG_AFFILIATION SET PARENT_ORGID = ?2, LAST_USER = ?3,"
+               " LAST_USER_ID = ?4, LAST_UPDATE = ?5 WHERE ID = ?1",
+               {id, parentOrgId, post.lastUser, post.user.userId, post.now});
     LogChange(post, Affiliation, id, {}, Change::Modify);
 }
 
@@ -102,10 +102,10 @@ void HangBelow(PostContext &post, const QString &id, const QString &parentOrgId)
 /// too.
 void Remove(PostContext &post, const QString &id)
 {
-    post.connection.Run("UPDATE BAS_ORG_AFFILIATION SET ENABLE_FLAG = 'D', LAST_OPERATE = 'D',"
-                        " PARENT_ORGID = NULL, LAST_USER = ?2, LAST_USER_ID = ?3, LAST_UPDATE = ?4"
-                        " WHERE ID = ?1",
-                        {id, post.lastUser, post.user.userId, post.now});
+    post.Write("UPDATE BAS_ORG_AFFILIATION SET ENABLE_FLAG = 'D', LAST_OPERATE = 'D',"
+               " PARENT_ORGID = NULL, LAST_USER = ?2, LAST_USER_ID = ?3, LAST_UPDATE = ?4"
+               " WHERE ID = ?1",
+               {id, post.lastUser, post.user.userId, post.now});
     LogChange(post, Affiliation, id, {}, Change::LogicalDelete);
 }
 

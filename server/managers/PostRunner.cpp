@@ -44,11 +44,11 @@ std::optional<Wire::ResultRow> RunRow(PostContext &context, const Method &method
 class Undo
 {
 public:
-    Undo(PostContext &context, bool withSavepoints)
+    explicit Undo(PostContext &context)
         : context_(context)
         , changesBefore_(context.changes.size())
     {
-        if (withSavepoints)
+        if (context.withSavepoints)
             savepoint_.emplace(context.connection);
     }
 
@@ -76,13 +76,12 @@ private:
 /// Nothing: to be run again with savepoints.
 using Outcome = std::optional<Wire::PostAnswer>;
 
-Outcome RunAsOne(PostContext &context, const Method &method, const QList<Wire::NamedValues> &rows,
-                 bool withSavepoints)
+Outcome RunAsOne(PostContext &context, const Method &method, const QList<Wire::NamedValues> &rows)
 {
     Wire::PostAnswer answer;
     if (rows.isEmpty())
         answer.rows.append({Stored, {}}); // screens read the first result
-    Undo undo(context, withSavepoints);
+    Undo undo(context);
     for (const auto &row : rows) {
         const auto result = RunRow(context, method, PostedRow(row));
         answer.rows.append(result.value_or(Wire::ResultRow{Failed, {}}));
@@ -99,12 +98,12 @@ Outcome RunAsOne(PostContext &context, const Method &method, const QList<Wire::N
 }
 
 Outcome RunRowByRow(PostContext &context, const Method &method,
-                    const QList<Wire::NamedValues> &rows, bool withSavepoints)
+                    const QList<Wire::NamedValues> &rows)
 {
     Wire::PostAnswer answer;
     for (const auto &values : rows) {
         const PostedRow row(values);
-        Undo undo(context, withSavepoints);
+        Undo undo(context);
         const auto result = RunRow(context, method, row);
         answer.rows.append(result.value_or(Wire::ResultRow{Failed, {}}));
         for (const QString &name : method.echo)
@@ -123,14 +122,18 @@ Outcome RunOnce(Store::Connection &connection, const Store::Operator &user, cons
 {
     Store::Transaction transaction(connection);
     CheckScope(connection, method, post.request.rows, user);
-    PostContext context{connection, user, Store::Now(), {}};
-    const Outcome answer = (method.RowByRow() ? RunRowByRow : RunAsOne)(
-        context, method, post.request.rows, withSavepoints);
+    PostContext context{.connection = connection,
+                        .user = user,
+                        .now = Store::Now(),
+                        .lastUser = {},
+                        .withSavepoints = withSavepoints};
+    const Outcome answer =
+        (method.RowByRow() ? RunRowByRow : RunAsOne)(context, method, post.request.rows);
     if (!answer)
         return std::nullopt;
     WriteLog(context);
     if (!post.key.isEmpty())
-        KeepAnswer(connection, QString::fromLatin1(post.key), bodyHash, *answer);
+        KeepAnswer(context, QString::fromLatin1(post.key), bodyHash, *answer);
     transaction.Commit();
     return answer;
 }
@@ -149,15 +152,29 @@ Wire::PostAnswer RunPost(Store::Connection &connection, const Store::Operator &u
     CheckRows(*method, request.rows, user);
 
     const QString bodyHash = BodyHash(user, post.body);
-    if (!post.key.isEmpty()) {
-        if (auto kept = FindKeptAnswer(connection, QString::fromLatin1(post.key), bodyHash))
-            return *std::move(kept);
-    }
-    for (const bool withSavepoints : {false, true}) {
-        if (auto answer = RunOnce(connection, user, post, *method, bodyHash, withSavepoints))
+    const auto findKept = [&]() -> Outcome {
+        if (post.key.isEmpty())
+            return std::nullopt;
+        return FindKeptAnswer(connection, QString::fromLatin1(post.key), bodyHash);
+    };
+    // A key is new nearly always. Where it is not, no answer of this run is kept.
+    try {
+        if (auto answer = RunOnce(connection, user, post, *method, bodyHash, false))
             return *std::move(answer);
+    } catch (const EPostError &) {
+        if (auto kept = findKept())
+            return *std::move(kept);
+        throw;
+    } catch (const Store::EStoreError &error) {
+        // Of the key, or of a change whose end nobody waited for.
+        if (error.WhichKind() != Store::EStoreError::Kind::Constraint)
+            throw;
     }
-    Q_UNREACHABLE(); // with savepoints everything can be undone
+    if (auto kept = findKept())
+        return *std::move(kept);
+    auto answer = RunOnce(connection, user, post, *method, bodyHash, true);
+    Q_ASSERT(answer); // with savepoints everything can be undone
+    return *std::move(answer);
 }
 
 } // namespace Qel::Managers

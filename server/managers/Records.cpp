@@ -62,12 +62,20 @@ RecordTable::RecordTable(const QString &name, const QStringList &keys, const QSt
 
 Record RecordTable::Find(Store::Connection &connection, const QStringList &keys) const
 {
-    Store::Values parameters(keys.begin(), keys.end());
-    auto row = connection.QueryRow(find_, parameters);
-    if (!row)
-        return {};
-    const QString operation = row->takeFirst();
-    return {operation == Deletion ? RowState::Deleted : RowState::Live, *std::move(row)};
+    return Ask(connection, keys)();
+}
+
+RecordTable::RecordLater RecordTable::Ask(Store::Connection &connection,
+                                          const QStringList &keys) const
+{
+    const Store::Values parameters(keys.begin(), keys.end());
+    return [later = connection.AskRow(find_, parameters)]() -> Record {
+        auto row = later();
+        if (!row)
+            return {};
+        const QString operation = row->takeFirst();
+        return {operation == Deletion ? RowState::Deleted : RowState::Live, *std::move(row)};
+    };
 }
 
 void RecordTable::Put(PostContext &post, const Record &old, const QStringList &keys,
@@ -76,7 +84,7 @@ void RecordTable::Put(PostContext &post, const Record &old, const QStringList &k
     const bool isLive = old.state == RowState::Live;
     if (isLive && old.values == values)
         return;
-    post.connection.Run(store_, Parameters(keys + values, post));
+    post.Write(store_, Parameters(keys + values, post));
     LogChange(post, name_, keys.value(0), keys.value(1), isLive ? Change::Modify : Change::Insert);
 }
 

@@ -2,6 +2,8 @@
 
 #include "managers/Method.h"
 
+#include <functional>
+
 namespace Qel::Managers {
 
 enum class RowState { Absent, Live, Deleted };
@@ -23,6 +25,9 @@ public:
     RecordTable(const QString &name, const QStringList &keys, const QStringList &values);
 
     Record Find(Store::Connection &connection, const QStringList &keys) const;
+    /// The same, asked for before it is needed.
+    using RecordLater = std::function<Record()>;
+    RecordLater Ask(Store::Connection &connection, const QStringList &keys) const;
 
     /// Adds the row, takes a deleted one into use again (both logged as an insertion), or changes
     /// the live one. A live row that holds the values already is left alone: neither log nor

@@ -111,14 +111,17 @@ Wire::ResultRow StoreRule(PostContext &post, const PostedRow &row, const RuleBoo
                           const QString &holder)
 {
     const auto rule = std::ranges::find(book.rules, row[Code], &Rule::code);
-    if (rule == book.rules.end() || !book.holds(post.connection, holder))
+    if (rule == book.rules.end())
         return {Failed, {}};
     const QStringList keys{holder, rule->filedAs};
+    const auto old = book.table.Ask(post.connection, keys);
+    if (!book.holds(post.connection, holder))
+        return {Failed, {}};
     if (row[u"LAST_OPERATE"_s] == Deletion)
         return {book.table.Delete(post, keys) ? Stored : Failed, {}};
     if (!MakesSense(post.connection, *rule, holder, row))
         return {Failed, {}};
-    book.table.Put(post, book.table.Find(post.connection, keys), keys, row.Of(Contents));
+    book.table.Put(post, old(), keys, row.Of(Contents));
     return {Stored, {}};
 }
 

@@ -106,17 +106,17 @@ void StoreGroup(PostContext &post, const PostedRow &row, const QString &id, bool
                 " UNION_TYPE = ?5, REGION_ID = ?6, MASTER_ORGID = ?7, REMARK = ?8,"
                 " LAST_USER = ?9, LAST_USER_ID = ?10, LAST_UPDATE = ?11, LAST_OPERATE = '1'"
                 " WHERE UNION_ID = ?1";
-    post.connection.Run(sql, {id, row[u"PARENT_ID"_s], row[u"UNION_CODE"_s], row[u"UNION_NAME"_s],
-                              row[u"UNION_TYPE"_s], row[u"REGION_ID"_s], row[u"MASTER_ORGID"_s],
-                              row[u"REMARK"_s], post.lastUser, post.user.userId, post.now});
+    post.Write(sql, {id, row[u"PARENT_ID"_s], row[u"UNION_CODE"_s], row[u"UNION_NAME"_s],
+                     row[u"UNION_TYPE"_s], row[u"REGION_ID"_s], row[u"MASTER_ORGID"_s],
+                     row[u"REMARK"_s], post.lastUser, post.user.userId, post.now});
     LogChange(post, UnionTable, id, {}, isNew ? Change::Insert : Change::Modify);
 }
 
 void StoreCode(PostContext &post, const Group &group)
 {
-    post.connection.Run("UPDATE UNI_UNION SET UNION_CODE = ?2, LAST_USER = ?3, LAST_USER_ID = ?4,"
-                        " LAST_UPDATE = ?5 WHERE UNION_ID = ?1",
-                        {group.id, group.code, post.user.userName, post.user.userId, post.now});
+    post.Write("UPDATE UNI_UNION SET UNION_CODE = ?2, LAST_USER = ?3, LAST_USER_ID = ?4,"
+               " LAST_UPDATE = ?5 WHERE UNION_ID = ?1",
+               {group.id, group.code, post.user.userName, post.user.userId, post.now});
     LogChange(post, UnionTable, group.id, {}, Change::Modify);
 }
 
@@ -182,9 +182,9 @@ Wire::ResultRow DeleteUnion(PostContext &post, const PostedRow &row)
                           {id}))
         return {FirstRefusal, {}};
     // The code proposal looks at ENABLE_FLAG, everything else at LAST_OPERATE.
-    connection.Run("UPDATE UNI_UNION SET LAST_OPERATE = 'D', ENABLE_FLAG = 'D', LAST_USER = ?2,"
-                   " LAST_USER_ID = ?3, LAST_UPDATE = ?4 WHERE UNION_ID = ?1",
-                   {id, post.user.userName, post.user.userId, post.now});
+    post.Write("UPDATE UNI_UNION SET LAST_OPERATE = 'D', ENABLE_FLAG = 'D', LAST_USER = ?2,"
+               " LAST_USER_ID = ?3, LAST_UPDATE = ?4 WHERE UNION_ID = ?1",
+               {id, post.user.userName, post.user.userId, post.now});
     LogChange(post, UnionTable, id, {}, Change::LogicalDelete);
     return {Stored, {}};
 }

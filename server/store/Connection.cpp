@@ -13,6 +13,29 @@ void Statement::Bind(int parameter, const QString &text)
     Bind(parameter, QByteArrayView(utf8.data(), end));
 }
 
+void Statement::Send()
+{
+    while (Step()) {
+    }
+}
+
+RowLater Statement::AskRow()
+{
+    return [row = FirstRow()] { return row; };
+}
+
+std::optional<QStringList> Statement::FirstRow()
+{
+    if (!Step())
+        return std::nullopt;
+    QStringList row;
+    const int columns = ColumnCount();
+    row.reserve(columns);
+    for (int column = 0; column < columns; ++column)
+        row.append(ColumnText(column));
+    return row;
+}
+
 /// A kept statement with its values bound, for as long as one helper works with it.
 class Connection::InUse
 {
@@ -49,17 +72,19 @@ qint64 Connection::Run(QByteArrayView sql, const Values &values)
     return ChangedRows();
 }
 
+void Connection::Send(QByteArrayView sql, const Values &values)
+{
+    InUse(*this, sql, values)->Send();
+}
+
+RowLater Connection::AskRow(QByteArrayView sql, const Values &values)
+{
+    return InUse(*this, sql, values)->AskRow();
+}
+
 std::optional<QStringList> Connection::QueryRow(QByteArrayView sql, const Values &values)
 {
-    const InUse statement(*this, sql, values);
-    if (!statement->Step())
-        return std::nullopt;
-    QStringList row;
-    const int columns = statement->ColumnCount();
-    row.reserve(columns);
-    for (int column = 0; column < columns; ++column)
-        row.append(statement->ColumnText(column));
-    return row;
+    return InUse(*this, sql, values)->FirstRow();
 }
 
 std::optional<QString> Connection::QueryText(QByteArrayView sql, const Values &values)

@@ -53,6 +53,9 @@ private:
     QString reason_;
 };
 
+/// A row that was asked for before it is needed: waits for it, and gives it as QueryRow does.
+using RowLater = std::function<std::optional<QStringList>()>;
+
 /// One prepared statement. Belongs to its connection, which must outlive it, and to one thread.
 /// Parameters count from 1 ("?1" in the text), columns from 0. Every member throws EStoreError.
 class Statement
@@ -70,6 +73,10 @@ public:
     virtual bool Step() = 0;  ///< true: a row stands ready; false: the statement has finished
     virtual void Reset() = 0; ///< ready to run again; the bound values stay
 
+    // See Connection::Send and Connection::AskRow.
+    virtual void Send();
+    virtual RowLater AskRow();
+
     virtual int ColumnCount() const = 0;
     virtual QString ColumnName(int column) const = 0;
     virtual bool IsNull(int column) const = 0;
@@ -78,6 +85,8 @@ public:
     virtual QByteArrayView ColumnBytes(int column) = 0;
     virtual qint64 ColumnInt(int column) = 0;
     QString ColumnText(int column) { return QString::fromUtf8(ColumnBytes(column)); }
+    /// The first row's columns, NULL as an empty text; nothing if there is no row.
+    std::optional<QStringList> FirstRow();
 };
 
 /// A parameter of the one-line helpers below.
@@ -91,6 +100,9 @@ public:
     virtual ~Connection() = default;
 
     virtual Dialect CurrentDialect() const = 0;
+
+    /// Whether a statement of the program's own may read the server's tables ("SRV_...").
+    virtual bool SeesServerTables() const { return true; }
 
     /// Runs one or several statements that take no parameters and give no rows.
     virtual void Execute(QByteArrayView sql) = 0;
@@ -135,6 +147,12 @@ public:
 
     /// Binds, runs to the end; returns the number of changed rows.
     qint64 Run(QByteArrayView sql, const Values &values = {});
+    /// Run for a change of which nobody asks how it ended. In a transaction the database may be
+    /// told of it together with the next statement. What goes wrong is thrown by one of the
+    /// statements that follow, at the latest by Commit, which then has no effect.
+    void Send(QByteArrayView sql, const Values &values = {});
+    /// QueryRow for what others can be asked meanwhile. Wrong goes what goes wrong as with Send.
+    RowLater AskRow(QByteArrayView sql, const Values &values = {});
     /// The first row's columns, NULL as an empty text; nothing if there is no row.
     std::optional<QStringList> QueryRow(QByteArrayView sql, const Values &values = {});
     /// The first column of the first row; nothing if there is no row or it is NULL.

@@ -120,16 +120,16 @@ std::optional<Operator> FindOperator(Connection &connection, const QString &user
                                      const QByteArray &token)
 {
     // The reading role of PostgreSQL sees no tokens; a function of the schema does the same for it
-    // (schema/postgresql.sql).
-    const bool sqlite = connection.CurrentDialect() == Dialect::Sqlite;
+    // (schema/postgresql.sql) at a higher price.
     const auto row = connection.QueryRow(
-        !sqlite ? "SELECT * FROM QEL_OPERATOR(?1, ?2, ?3)"
-                : "SELECT U.USER_ID, U.USER_CODE, U.USER_NAME, U.ORG_ID, O.ORG_ABBR, O.ORG_NAME,"
-                  " T.UNIONS FROM SRV_TOKEN T JOIN USR_USER U ON U.USER_CODE = T.USER_CODE"
-                  " LEFT JOIN BAS_ORG O ON O.ORG_ID = U.ORG_ID"
-                  " WHERE T.USER_CODE = ?1 AND T.TOKEN_HASH = ?2"
-                  " AND (T.EXPIRES IS NULL OR T.EXPIRES > ?3)"
-                  " AND U.ENABLE_FLAG = '1' AND U.LAST_OPERATE <> 'D'",
+        !connection.SeesServerTables()
+            ? "SELECT * FROM QEL_OPERATOR(?1, ?2, ?3)"
+            : "SELECT U.USER_ID, U.USER_CODE, U.USER_NAME, U.ORG_ID, O.ORG_ABBR, O.ORG_NAME,"
+              " T.UNIONS FROM SRV_TOKEN T JOIN USR_USER U ON U.USER_CODE = T.USER_CODE"
+              " LEFT JOIN BAS_ORG O ON O.ORG_ID = U.ORG_ID"
+              " WHERE T.USER_CODE = ?1 AND T.TOKEN_HASH = ?2"
+              " AND (T.EXPIRES IS NULL OR T.EXPIRES > ?3)"
+              " AND U.ENABLE_FLAG = '1' AND U.LAST_OPERATE <> 'D'",
         {userCode, HashOf(token), Now()});
     if (!row)
         return std::nullopt;

@@ -4,6 +4,7 @@
 #include "store/PostgresSession.h"
 
 #include <QHash>
+#include <QScopeGuard>
 
 #include <libpq-fe.h>
 
@@ -30,6 +31,8 @@ constexpr std::size_t UnneededAtOnce = 32;
 constexpr char CommonSetUp[] = "SET standard_conforming_strings = on; SET extra_float_digits = 1;"
                                "SET jit = off; SET max_parallel_workers_per_gather = 0;"
                                "SET client_connection_check_interval = '2s'";
+
+constexpr char CommitCommand[] = "COMMIT";
 
 /// A statement that the server keeps. Told to be dropped when nobody needs it any more.
 struct Prepared
@@ -122,6 +125,7 @@ public:
     Q_DISABLE_COPY_MOVE(PostgresConnection)
 
     Dialect CurrentDialect() const override { return Dialect::PostgreSql; }
+    bool SeesServerTables() const override { return access_ == Access::Write; }
 
     void Execute(QByteArrayView sql) override
     {
@@ -171,10 +175,14 @@ public:
 
     void Begin(Scope scope) override
     {
-        const QByteArray sql = scope == Scope::Write
-                                   ? "BEGIN ISOLATION LEVEL SERIALIZABLE"
-                                   : "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
         MakeReady();
+        if (scope == Scope::Write) {
+            GetPrepared(CommitCommand); // not in the midst of what is sent as one
+            Queue("BEGIN ISOLATION LEVEL SERIALIZABLE");
+            inTransaction_ = true;
+            return;
+        }
+        const QByteArray sql = "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
         try {
             session_.Command(sql, OnStop::GiveUp);
         } catch (const EStoreError &error) {
@@ -191,21 +199,26 @@ public:
     void Commit() override
     {
         MakeReady();
-        session_.ThrowOverlooked("COMMIT");
+        session_.ThrowOverlooked(CommitCommand);
         // PostgreSQL answers this one with a quiet ROLLBACK.
         if (session_.IsInFailedTransaction())
             throw EStoreError(EStoreError::Kind::Failure, u"事务中已有语句失败，不能提交。"_s);
-        inTransaction_ = false;
-        session_.Command("COMMIT", OnStop::GiveUp);
+        // Of one that failed before its COMMIT the ROLLBACK is still to come.
+        const auto settle = qScopeGuard([&] { inTransaction_ = session_.IsInTransaction(); });
+        if (!session_.IsInTransaction() && session_.QueuedCount() == 1)
+            return session_.DropQueue(); // a BEGIN and nothing else
+        Queue(CommitCommand);
+        session_.Flush(OnStop::GiveUpLater);
     }
 
     void Rollback() noexcept override
     {
         try {
-            if (!session_.IsBroken()) {
+            session_.DropQueue();
+            if (!session_.IsBroken())
                 MakeReady();
+            if (session_.IsInTransaction())
                 session_.Command("ROLLBACK", OnStop::GiveUp);
-            }
         } catch (const EStoreError &) {
             // The session is lost, and the transaction with it.
         }
@@ -218,14 +231,21 @@ public:
     /// that is gone is opened anew, unless a transaction went with it.
     void MakeReady();
     PreparedPtr GetPrepared(const QByteArray &sql);
+    void Flush()
+    {
+        MakeReady();
+        session_.Flush();
+    }
     void Start(PostgresStatement &statement, const Prepared &prepared,
                const std::vector<PostgresParameter> &parameters);
+    void Queue(const QByteArray &sql) { session_.Queue({GetPrepared(sql)->name, {}, sql}); }
     void Finished(const PostgresStatement &statement)
     {
         if (reading_ == &statement)
             reading_ = nullptr;
     }
     PostgresSession &Session() { return session_; }
+    bool IsInTransaction() const { return inTransaction_; }
     bool MayCancel() const { return access_ == Access::Read || !inTransaction_; }
 
 private:
@@ -264,6 +284,39 @@ private:
     quint64 names_ = 0;
 };
 
+/// The first row's value as the server hands it out. `number()` gives the place for a text of a
+/// number that has to be made.
+template <typename Number>
+QByteArrayView ColumnOf(const pg_result &result, int column, Number number)
+{
+    const QByteArrayView text(PQgetvalue(&result, 0, column), PQgetlength(&result, 0, column));
+    switch (PQftype(&result, column)) {
+    case Float4Type:
+    case Float8Type:
+        return text.isEmpty() ? text : number() = PlainNumber(text.toDouble());
+    case NumericType:
+        return number() = PlainNumeric(text);
+    case BoolType:
+        return text.isEmpty() ? text : text == "t" ? "1" : "0";
+    default:
+        return text;
+    }
+}
+
+std::optional<QStringList> FirstRowOf(const pg_result &result)
+{
+    if (PQntuples(&result) == 0)
+        return std::nullopt;
+    QStringList row;
+    const int columns = PQnfields(&result);
+    row.reserve(columns);
+    QByteArray number;
+    for (int column = 0; column < columns; ++column)
+        row.append(
+            QString::fromUtf8(ColumnOf(result, column, [&]() -> QByteArray & { return number; })));
+    return row;
+}
+
 class PostgresStatement : public Statement
 {
 public:
@@ -298,9 +351,7 @@ public:
     bool Step() override
     {
         if (!running_) {
-            connection_.MakeReady();
-            if (generation_ != connection_.Session().Generation())
-                Prepare();
+            Ready();
             connection_.Start(*this, *prepared_, parameters_);
             running_ = true;
             arriving_ = true;
@@ -320,6 +371,29 @@ public:
         }
         numbers_.clear();
         return true;
+    }
+
+    void Send() override
+    {
+        if (connection_.IsInTransaction())
+            Queue(nullptr);
+        else
+            Statement::Send();
+    }
+
+    RowLater AskRow() override
+    {
+        if (!connection_.IsInTransaction())
+            return Statement::AskRow();
+        const auto later = std::make_shared<PostgresResult>();
+        Queue(later);
+        return [later, &connection = connection_] {
+            if (!*later)
+                connection.Flush();
+            if (!*later) // the transaction was undone before it was sent
+                throw EStoreError(EStoreError::Kind::Failure, u"语句没有执行。"_s);
+            return FirstRowOf(**later);
+        };
     }
 
     void Reset() override
@@ -345,21 +419,7 @@ public:
 
     QByteArrayView ColumnBytes(int column) override
     {
-        const QByteArrayView text(PQgetvalue(row_.get(), 0, column),
-                                  PQgetlength(row_.get(), 0, column));
-        switch (PQftype(row_.get(), column)) {
-        case Float4Type:
-        case Float8Type:
-            if (!text.isEmpty())
-                return numbers_[column] = PlainNumber(text.toDouble());
-            return text;
-        case NumericType:
-            return numbers_[column] = PlainNumeric(text);
-        case BoolType:
-            return text.isEmpty() ? text : text == "t" ? "1" : "0";
-        default:
-            return text;
-        }
+        return ColumnOf(*row_, column, [&]() -> QByteArray & { return numbers_[column]; });
     }
 
     qint64 ColumnInt(int column) override
@@ -381,6 +441,19 @@ public:
     }
 
 private:
+    void Ready()
+    {
+        connection_.MakeReady();
+        if (generation_ != connection_.Session().Generation())
+            Prepare();
+    }
+
+    void Queue(std::shared_ptr<PostgresResult> result)
+    {
+        Ready();
+        connection_.Session().Queue({prepared_->name, parameters_, sql_, std::move(result)});
+    }
+
     void Prepare()
     {
         prepared_ = connection_.GetPrepared(sql_);

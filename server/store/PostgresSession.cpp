@@ -24,6 +24,9 @@ using Kind = EStoreError::Kind;
 constexpr int LookMilliseconds = 50; ///< between two looks at StopWhen while nothing arrives
 constexpr int ResultsPerLook = 256;  ///< and while rows arrive
 constexpr auto CancelPatience = std::chrono::seconds(2);
+/// Before a COMMIT is given up: longer than a change waits for a lock (WriterPool).
+constexpr auto CommitPatience = std::chrono::milliseconds(500);
+constexpr std::size_t MostQueued = 256;
 constexpr int RestWorthReading = 1'000; ///< rows; fewer than a request to cancel costs
 /// What the functions of the query language raise (schema/postgresql.sql).
 constexpr std::string_view RefusedValue = "QE001";
@@ -156,6 +159,11 @@ bool PostgresSession::IsBroken() const
     return !connection_ || PQstatus(connection_.get()) != CONNECTION_OK;
 }
 
+bool PostgresSession::IsInTransaction() const
+{
+    return !IsBroken() && PQtransactionStatus(connection_.get()) != PQTRANS_IDLE;
+}
+
 bool PostgresSession::IsInFailedTransaction() const
 {
     return connection_ && PQtransactionStatus(connection_.get()) == PQTRANS_INERROR;
@@ -179,6 +187,7 @@ bool PostgresSession::IsReadOnly() const
 
 void PostgresSession::Command(const QByteArray &sql, OnStop onStop)
 {
+    Flush();
     onStop_ = onStop;
     Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
     while (Next(sql)) {
@@ -187,6 +196,7 @@ void PostgresSession::Command(const QByteArray &sql, OnStop onStop)
 
 void PostgresSession::Prepare(const QByteArray &name, const QByteArray &sql)
 {
+    Flush();
     ThrowOverlooked(sql);
     onStop_ = OnStop::Cancel;
     Sent(connection_
@@ -198,6 +208,7 @@ void PostgresSession::Prepare(const QByteArray &name, const QByteArray &sql)
 
 PostgresResult PostgresSession::Describe(const QByteArray &name, const QByteArray &sql)
 {
+    Flush();
     Sent(connection_ ? PQsendDescribePrepared(connection_.get(), name.constData()) : 0);
     PostgresResult description = Wait();
     if (!description || PQresultStatus(description.get()) != PGRES_COMMAND_OK)
@@ -210,17 +221,93 @@ PostgresResult PostgresSession::Describe(const QByteArray &name, const QByteArra
 void PostgresSession::Start(const QByteArray &name,
                             const std::vector<PostgresParameter> &parameters)
 {
+    ThrowOverlooked({});
+    onStop_ = OnStop::Cancel;
+    const std::vector<Queued> before = SendQueued();
+    Send(name, parameters);
+    if (!before.empty()) {
+        Sync(static_cast<int>(before.size()) + 1);
+        Take(before);
+    }
+    PQsetSingleRowMode(connection_.get());
+}
+
+void PostgresSession::Send(const QByteArray &name, const std::vector<PostgresParameter> &parameters)
+{
     std::vector<const char *> values;
     values.reserve(parameters.size());
     for (const PostgresParameter &parameter : parameters)
         values.push_back(parameter ? parameter->constData() : nullptr);
-    ThrowOverlooked({});
-    onStop_ = OnStop::Cancel;
     Sent(connection_ ? PQsendQueryPrepared(connection_.get(), name.constData(),
                                            static_cast<int>(values.size()), values.data(), nullptr,
                                            nullptr, 0)
                      : 0);
-    PQsetSingleRowMode(connection_.get());
+}
+
+void PostgresSession::Queue(Queued statement)
+{
+    queue_.push_back(std::move(statement));
+    if (queue_.size() >= MostQueued)
+        Flush();
+}
+
+void PostgresSession::Flush(OnStop onStop)
+{
+    if (queue_.empty())
+        return;
+    ThrowOverlooked(queue_.front().sql);
+    onStop_ = onStop;
+    const std::vector<Queued> sent = SendQueued();
+    Sync(static_cast<int>(sent.size()));
+    Take(sent);
+}
+
+std::vector<PostgresSession::Queued> PostgresSession::SendQueued()
+{
+    std::vector<Queued> sent = std::exchange(queue_, {});
+    if (!sent.empty())
+        Sent(connection_ ? PQenterPipelineMode(connection_.get()) : 0);
+    for (const Queued &statement : sent)
+        Send(statement.name, statement.parameters);
+    return sent;
+}
+
+/// What was sent up to here ends: after a failure the server leaves out the rest.
+void PostgresSession::Sync(int statements)
+{
+    if (PQpipelineSync(connection_.get()) != 1)
+        FailLost({});
+    pipelined_ = statements;
+}
+
+void PostgresSession::Take(const std::vector<Queued> &sent)
+{
+    for (const Queued &statement : sent) {
+        while (PostgresResult result = Wait()) {
+            switch (PQresultStatus(result.get())) {
+            case PGRES_SINGLE_TUPLE: // libpq keeps to it for the first one of a pipeline
+            case PGRES_TUPLES_OK:
+            case PGRES_COMMAND_OK:
+                if (statement.result && !*statement.result)
+                    *statement.result = std::move(result);
+                break;
+            default:
+                Fail(std::move(result), statement.sql);
+            }
+        }
+        if (IsBroken())
+            FailLost(statement.sql);
+    }
+}
+
+void PostgresSession::LeavePipeline()
+{
+    while (PQisBusy(connection_.get()) && WaitForInput()) {
+    }
+    const PostgresResult sync(PQgetResult(connection_.get()));
+    if (!sync || PQresultStatus(sync.get()) != PGRES_PIPELINE_SYNC ||
+        PQexitPipelineMode(connection_.get()) != 1)
+        FailLost({});
 }
 
 PostgresResult PostgresSession::Next(QByteArrayView sql)
@@ -245,6 +332,7 @@ PostgresResult PostgresSession::Next(QByteArrayView sql)
 void PostgresSession::Copy(const QByteArray &sql,
                            const std::function<bool(QByteArray &buffer)> &next)
 {
+    Flush();
     Sent(connection_ ? PQsendQuery(connection_.get(), sql.constData()) : 0);
     PostgresResult ready = Wait();
     if (!ready || PQresultStatus(ready.get()) != PGRES_COPY_IN)
@@ -302,16 +390,25 @@ PostgresResult PostgresSession::Wait()
         const char *state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
         cancelArrived_ = cancelArrived_ || (state && KindOf(state) == Kind::Stopped);
     }
-    if (!result && cancelled_) {
-        // A cancellation on its way would hit the session's next statement.
-        const bool arrived = std::exchange(cancelArrived_, false);
-        cancelled_.reset();
-        if (!arrived) {
-            Close();
-            Throw(Kind::Stopped, u"57014"_s, u"语句已被终止"_s, {}, {});
-        }
-    }
-    return result;
+    if (result || (pipelined_ > 0 && --pipelined_ > 0))
+        return result;
+    if (!IsBroken() && PQpipelineStatus(connection_.get()) != PQ_PIPELINE_OFF)
+        LeavePipeline();
+    SettleCancel();
+    return nullptr;
+}
+
+/// A cancellation on its way would hit the session's next statement.
+void PostgresSession::SettleCancel()
+{
+    if (!cancelled_)
+        return;
+    const bool arrived = std::exchange(cancelArrived_, false);
+    cancelled_.reset();
+    if (arrived)
+        return;
+    Close();
+    Throw(Kind::Stopped, u"57014"_s, u"语句已被终止"_s, {}, {});
 }
 
 /// Whether it is worth going on: not when the session is broken.
@@ -324,9 +421,12 @@ bool PostgresSession::WaitForInput()
     if (ready > 0)
         return PQconsumeInput(connection_.get()) != 0;
     if (!cancelled_ && IsToStop()) {
-        if (onStop_ == OnStop::GiveUp)
+        stopSeen_ = stopSeen_.value_or(Clock::now());
+        const bool isLate = Clock::now() - *stopSeen_ > CommitPatience;
+        if (onStop_ == OnStop::GiveUp || (onStop_ == OnStop::GiveUpLater && isLate))
             FailLost({});
-        Cancel();
+        if (onStop_ == OnStop::Cancel)
+            Cancel();
     }
     if (cancelled_ && Clock::now() - *cancelled_ > CancelPatience) {
         cancelled_.reset();
@@ -357,12 +457,13 @@ void PostgresSession::Sent(int result)
 {
     cancelled_.reset();
     cancelArrived_ = false;
+    stopSeen_.reset();
     resultsSinceLook_ = 0;
     changedRows_ = 0;
     if (result == 1)
         return;
-    if (IsBroken())
-        FailLost({});
+    if (IsBroken() || PQpipelineStatus(connection_.get()) != PQ_PIPELINE_OFF)
+        FailLost({}); // what is half sent cannot be taken back
     Throw(Kind::Failure, u"-"_s, TextOf(PQerrorMessage(connection_.get())), {}, {});
 }
 
@@ -386,10 +487,10 @@ void PostgresSession::Fail(PostgresResult result, QByteArrayView sql)
     // so.
     if (state == "25006" && !IsReadOnly())
         kind = Kind::Lost;
-    if (!IsBroken()) {
-        while (Wait()) {
+    do {
+        while (!IsBroken() && Wait()) {
         }
-    }
+    } while (!IsBroken() && pipelined_ > 0);
     if (IsBroken()) {
         if (kind == Kind::Failure)
             FailLost(sql);
@@ -412,6 +513,8 @@ void PostgresSession::FailLost(QByteArrayView sql)
 
 void PostgresSession::Close()
 {
+    queue_.clear();
+    pipelined_ = 0;
     connection_.reset();
 }
 

@@ -42,6 +42,7 @@ public:
     void OpenIfGone();
     bool IsBroken() const;
     int Generation() const { return generation_; } ///< grows with every Open
+    bool IsInTransaction() const;                  ///< in a failed one, too
     bool IsInFailedTransaction() const;
     /// If the transaction failed behind the rows that somebody wanted of a statement, as it does
     /// when a conflict is found at its end: throws that failure. The next statement does it too.
@@ -53,8 +54,9 @@ public:
 
     /// What is done when StopWhen says so: the server is told to end the statement, or the session
     /// is given up. That is for the ends of a transaction: a COMMIT that waits for a copy of the
-    /// database would take effect here alone if it were told to stop.
-    enum class OnStop { Cancel, GiveUp };
+    /// database would take effect here alone if it were told to stop. With changes before the
+    /// COMMIT it is given up a little later: one that waits for a lock has ended by then.
+    enum class OnStop { Cancel, GiveUp, GiveUpLater };
 
     /// One or several statements without parameters, to the end.
     void Command(const QByteArray &sql, OnStop onStop);
@@ -63,6 +65,22 @@ public:
     PostgresResult Describe(const QByteArray &name, const QByteArray &sql);
     /// Starts a prepared statement. Its rows are then taken by Next, one each.
     void Start(const QByteArray &name, const std::vector<PostgresParameter> &parameters);
+    /// A prepared statement for Queue.
+    struct Queued
+    {
+        QByteArray name;
+        std::vector<PostgresParameter> parameters;
+        QByteArray sql;                                   ///< named in errors
+        std::shared_ptr<PostgresResult> result = nullptr; ///< filled when it has arrived
+    };
+    /// Has it sent together with the next statement of any kind, and before it: all of them take
+    /// one way to the server and back. A failure is thrown by that statement, which has not been
+    /// carried out then, nor has what is queued in between.
+    void Queue(Queued statement);
+    std::size_t QueuedCount() const { return queue_.size(); }
+    void DropQueue() { queue_.clear(); } ///< what was not sent yet
+    /// Sends what is queued and waits for it.
+    void Flush(OnStop onStop = OnStop::Cancel);
     /// The next row of what was started; null when it has ended. `sql` is named in errors.
     PostgresResult Next(QByteArrayView sql);
     /// Ends what was started: a short rest is read, of a long one the server is told to stop.
@@ -85,7 +103,13 @@ private:
     bool Says(const char *parameter) const; ///< that it is on
     bool IsReadOnly() const;                ///< by the set-up of the session
     void Cancel();
+    void SettleCancel();
     void Sent(int result);
+    void Send(const QByteArray &name, const std::vector<PostgresParameter> &parameters);
+    std::vector<Queued> SendQueued();
+    void Sync(int statements);
+    void Take(const std::vector<Queued> &sent);
+    void LeavePipeline();
     [[noreturn]] void Fail(PostgresResult result, QByteArrayView sql);
     [[noreturn]] void FailLost(QByteArrayView sql);
     void Close();
@@ -97,11 +121,14 @@ private:
     int generation_ = 0;
     std::function<bool()> stop_;
     OnStop onStop_ = OnStop::Cancel;
+    std::optional<std::chrono::steady_clock::time_point> stopSeen_;
     int resultsSinceLook_ = 0;
     std::optional<std::chrono::steady_clock::time_point> cancelled_; ///< the running statement
     bool cancelArrived_ = false;
     qint64 changedRows_ = 0;
     PostgresResult overlooked_; ///< see ThrowOverlooked
+    std::vector<Queued> queue_; ///< not sent yet
+    int pipelined_ = 0;         ///< statements sent as one whose end has not arrived; 0: none were
 };
 
 } // namespace Qel::Store

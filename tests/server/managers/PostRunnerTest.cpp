@@ -28,6 +28,21 @@ Wire::PostRequest MoveIn(const QStringList &products)
     return request;
 }
 
+Wire::PostRequest StoreType()
+{
+    return {u"com.business.admin.UniUnion"_s,
+            u"insert_update_UniOrgType"_s,
+            {{{u"ORG_TYPE_ID"_s, u"400001"_s},
+              {u"ORG_TYPE_NAME"_s, u"新类型"_s},
+              {u"UNION_ID"_s, u"300002"_s},
+              {u"BUYER_FLAG"_s, u"1"_s},
+              {u"SALER_FLAG"_s, u"0"_s},
+              {u"SENDER_FLAG"_s, u"0"_s},
+              {u"ADMIN_FLAG"_s, u"0"_s},
+              {u"REMARK"_s, {}},
+              {u"LAST_OPERATE"_s, u"1"_s}}}};
+}
+
 Wire::PostAnswer Run(ManagerSite &site, const Wire::PostRequest &request,
                      const QByteArray &key = {})
 {
@@ -189,6 +204,25 @@ private slots:
         QCOMPARE(site.Logged(), 1);
         // Without the key it is another post, and there is nothing to delete any more.
         QCOMPARE(Run(site, DeleteMember()).rows.value(0).code, u"0"_s);
+    }
+
+    void AnswerIsKeptEvenIfThePostWouldBeRefusedByNow()
+    {
+        ManagerSite site;
+        const QByteArray key = "11111111-2222-3333-4444-555555555555";
+        const Wire::PostRequest request = StoreType();
+        Store::Operator user = TestDatabase::Admin();
+        user.unions = {u"300002"_s};
+        const auto run = [&] {
+            return Managers::RunPost(site.Connection(), user,
+                                     {.request = request, .key = key, .body = "the same"});
+        };
+        QCOMPARE(run().rows.value(0).code, u"1"_s);
+        site.Connection().Execute("UPDATE UNI_ORG_TYPE SET UNION_ID = '300001'");
+        QCOMPARE(run().rows.value(0).code, u"1"_s);
+        QCOMPARE(site.Text("SELECT UNION_ID FROM UNI_ORG_TYPE WHERE ORG_TYPE_ID = '400001'"),
+                 u"300001"_s);
+        QCOMPARE(site.Logged(), 1);
     }
 
     void KeyOfAnotherBodyIsRefused()

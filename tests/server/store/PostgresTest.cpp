@@ -33,6 +33,9 @@ void EndOthers(TestDatabase &data)
 }
 
 constexpr char CountOrganisations[] = "SELECT COUNT(*) FROM BAS_ORG";
+constexpr char Delete[] = "DELETE FROM BAS_ORG WHERE ORG_ID = ?1";
+constexpr char Insert[] = "INSERT INTO BAS_ORG (ORG_ID) VALUES (?1)";
+constexpr char Rename[] = "UPDATE BAS_ORG SET ORG_NAME = ?2 WHERE ORG_ID = ?1";
 
 } // namespace
 
@@ -182,7 +185,8 @@ private slots:
         const auto beginner = database->OpenReader();
         QVERIFY(reader->Exists("SELECT 1"));
         auto transaction = std::make_unique<Store::Transaction>(*writer);
-        writer->Run("DELETE FROM BAS_ORG WHERE ORG_ID = '200001'");
+        writer->Run(Delete, {u"200001"_s});
+        writer->Send(Delete, {u"200002"_s});
         QElapsedTimer timer;
         timer.start();
         for (Store::Connection *each : {reader.get(), writer.get(), beginner.get()})
@@ -297,6 +301,137 @@ private slots:
         }
         QVERIFY(wantOneRow()); // outside of a transaction nothing has failed with it
         QVERIFY(data.Connection().Exists(CountOrganisations));
+    }
+
+    void WhatNobodyWaitedForIsThereForTheNextStatementAndStaysAfterTheCommit()
+    {
+        TestDatabase data;
+        Store::Transaction transaction(data.Connection());
+        for (const QString &id : {u"200001"_s, u"200002"_s})
+            data.Connection().Send(Delete, {id});
+        QCOMPARE(data.Number(CountOrganisations), 6);
+        data.Connection().Send(Delete, {u"200003"_s});
+        transaction.Commit();
+        QVERIFY(data.Connection().IsAtRest());
+        QCOMPARE(data.Database().OpenReader()->QueryText(CountOrganisations), u"5"_s);
+    }
+
+    void MoreThanIsSentAtOnceIsSentInParts()
+    {
+        TestDatabase data;
+        Store::Transaction transaction(data.Connection());
+        for (int number = 1; number <= 1'000; ++number)
+            data.Connection().Send(Insert, {QString::number(number)});
+        transaction.Commit();
+        QCOMPARE(data.Number(CountOrganisations), 1'008);
+    }
+
+    void RowAskedForBeforehandIsThatOfItsMoment()
+    {
+        TestDatabase data;
+        const QByteArray name = "SELECT ORG_ID, ORG_NAME FROM BAS_ORG WHERE ORG_ID = ?1";
+        Store::Transaction transaction(data.Connection());
+        QVERIFY(data.Connection().Exists(name, {u"200001"_s})); // row by row until here
+        for (const QString &text : {u"A"_s, u"B"_s}) {
+            const auto before = data.Connection().AskRow(name, {u"200001"_s});
+            data.Connection().Send(Rename, {u"200001"_s, text});
+            const auto after = data.Connection().AskRow(name, {u"200001"_s});
+            const auto none = data.Connection().AskRow(name, {u"nobody"_s});
+            QVERIFY(data.Connection().Exists(name, {u"200002"_s}));
+            QCOMPARE(after(), QStringList({u"200001"_s, text}));
+            QVERIFY(before()->at(1) != text);
+            QCOMPARE(none(), std::nullopt);
+        }
+        // And with nothing behind it.
+        QCOMPARE(data.Connection().AskRow(name, {u"200001"_s})()->at(1), u"B"_s);
+    }
+
+    void FailureThatNobodyWaitedForIsThrownByTheNextStatementOrTheCommit()
+    {
+        using Then = std::function<void(Store::Connection &, Store::Transaction &)>;
+        const QList<Then> ways{
+            [](auto &connection, auto &) { connection.Run(Delete, {u"200002"_s}); },
+            [](auto &connection, auto &) { connection.Exists(CountOrganisations); },
+            [](auto &connection, auto &) { connection.Execute("DELETE FROM BAS_ORG"); },
+            [](auto &connection, auto &) { connection.AskRow(CountOrganisations)(); },
+            [](auto &, auto &transaction) { transaction.Commit(); },
+        };
+        TestDatabase data;
+        for (const Then &then : ways) {
+            Store::Transaction transaction(data.Connection());
+            data.Connection().Send(Delete, {u"200001"_s});
+            data.Connection().Send(Insert, {u"200002"_s});
+            data.Connection().Send(Delete, {u"200003"_s});
+            QCOMPARE(KindOf([&] { then(data.Connection(), transaction); }),
+                     EStoreError::Kind::Constraint);
+            QVERIFY(!data.Connection().IsAtRest());
+        }
+        QVERIFY(data.Connection().IsAtRest());
+        QCOMPARE(data.Number(CountOrganisations), 8);
+    }
+
+    void ConflictOfAChangeThatNobodyWaitedForIsOne()
+    {
+        TestDatabase data;
+        const auto other = data.Database().OpenWriter();
+        Store::Transaction first(data.Connection());
+        Store::Transaction second(*other);
+        for (Store::Connection *each : {&data.Connection(), other.get()}) {
+            QVERIFY(each->Exists(CountOrganisations));
+            each->Send(Rename, {u"200001"_s, u"A"_s});
+        }
+        first.Commit();
+        QCOMPARE(KindOf([&] { second.Commit(); }), EStoreError::Kind::Conflict);
+    }
+
+    void ChangeThatWaitsForALockEndsBeforeItsCommitIsGivenUp()
+    {
+        TestDatabase data;
+        const auto other = data.Database().OpenWriter();
+        other->Execute("SET lock_timeout = '200ms'");
+        Store::Transaction holding(data.Connection());
+        data.Connection().Run(Rename, {u"200001"_s, u"A"_s});
+        other->StopWhen([] { return true; });
+        {
+            Store::Transaction waiting(*other);
+            other->Send(Rename, {u"200001"_s, u"B"_s});
+            QCOMPARE(KindOf([&] { waiting.Commit(); }), EStoreError::Kind::Conflict);
+        }
+        other->StopWhen({});
+        QVERIFY(other->IsAtRest());
+    }
+
+    void ChangeThatNobodyWaitedForIsStoppedWithTheStatementBehindIt()
+    {
+        TestDatabase data;
+        {
+            Store::Transaction transaction(data.Connection());
+            data.Connection().Send("SELECT pg_sleep(?1)", {qint64(100)});
+            data.Connection().StopWhen([] { return true; });
+            QCOMPARE(KindOf([&] { data.Connection().Run(Delete, {u"200001"_s}); }),
+                     EStoreError::Kind::Stopped);
+            data.Connection().StopWhen({});
+        }
+        QVERIFY(data.Connection().IsAtRest());
+        QCOMPARE(data.Number(CountOrganisations), 8);
+    }
+
+    void LossIsOfNothingBeforeTheCommitWasSentAndInDoubtWithIt()
+    {
+        TestDatabase data;
+        const auto other = data.Database().OpenWriter();
+        for (const bool commits : {false, true}) {
+            Store::Transaction transaction(*other);
+            QVERIFY(other->Exists(CountOrganisations));
+            other->Send(Delete, {u"200001"_s});
+            EndOthers(data);
+            QCOMPARE(KindOf([&] {
+                         commits ? transaction.Commit()
+                                 : static_cast<void>(other->Exists(CountOrganisations));
+                     }),
+                     commits ? EStoreError::Kind::InDoubt : EStoreError::Kind::Lost);
+        }
+        QCOMPARE(other->QueryText(CountOrganisations), u"8"_s);
     }
 
     void LooksRowsUpByIndexWhereItWrites()
