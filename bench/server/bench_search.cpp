@@ -164,7 +164,7 @@ qint64 RunPage(Store::Connection &reader, const Sql::CompiledQuery &query)
     for (; rows->Step(); ++count)
         for (int column = 0; column < rows->ColumnCount(); ++column)
             rows->ColumnBytes(column);
-    return count < PageSize ? count : NumberOf(reader, query.count);
+    return count < PageSize ? count : NumberOf(reader, query.Total(many));
 }
 
 void MeasureLists(Store::Database &database)

@@ -6,6 +6,8 @@
 #include "sql/Printer.h"
 #include "sql/TotalOrder.h"
 
+#include <utility>
+
 namespace Qel::Sql {
 
 namespace {
@@ -34,6 +36,11 @@ std::string CompiledQuery::Page(qint64 limit, qint64 offset, bool readsThrough) 
            std::to_string(offset);
 }
 
+const std::string &CompiledQuery::Total(bool readsThrough) const
+{
+    return readsThrough && !readThroughCount.empty() ? readThroughCount : count;
+}
+
 CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect dialect,
                       const Limits &limits, const RowScope *scope)
 {
@@ -48,13 +55,20 @@ CompiledQuery Compile(QByteArrayView oracleText, const Catalog &catalog, Dialect
     // PostgreSQL's planner knows from the table's statistics how frequent a gram is.
     if (dialect == Dialect::Sqlite && added.size() == 1 && added.front()->op == Op::HasGrams &&
         IsOrderedByIndex(query)) {
-        compiled.candidates = PrintCandidates(*added.front(), ManyCandidates);
+        compiled.candidates = PrintCandidates(*added.front(), dialect, ManyCandidates);
         compiled.readThrough = unnarrowed;
     }
     compiled.ordered = PrintOrdered(query, dialect);
     // Rows that tie shall stand the same way, paged or not; who states no order pays for none.
     compiled.all = query.orderBy.empty() ? PrintUnordered(query, dialect) : compiled.ordered;
     compiled.count = PrintCount(query, dialect);
+    if (compiled.candidates.empty()) {
+        if (const NodePtr lead = LeadByGrams(query, dialect)) {
+            compiled.candidates = PrintCandidates(*lead, dialect, ManyCandidates);
+            compiled.readThrough = std::exchange(compiled.ordered, PrintOrdered(query, dialect));
+            compiled.readThroughCount = std::exchange(compiled.count, PrintCount(query, dialect));
+        }
+    }
     for (const Output &output : query.outputs) {
         compiled.fields.push_back({QString::fromStdString(output.label),
                                    FieldTypeOf(output.value->type), output.value->size});

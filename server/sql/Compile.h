@@ -54,16 +54,21 @@ struct CompiledQuery
     /// own, so that pages neither overlap nor leave out a row.
     std::string Page(qint64 limit, qint64 offset, bool readsThrough = false) const;
 
+    /// `count`, or what costs less where the page reads through.
+    const std::string &Total(bool readsThrough = false) const;
+
     FieldDefs fields;                ///< one per output column; labels may repeat
     std::vector<std::string> tables; ///< those read, each once, upper case
 
     std::string ordered; ///< what Page() puts the limits behind
 
-    /// Where the rows are looked for by the grams of what they shall hold, and an index may give
-    /// them in their order: a statement for one number, how many candidates there are, at most
+    /// Where the rows are looked for by the grams of what they shall hold, and that may cost more
+    /// than to read through (an index may give them in their order, or they are looked up from
+    /// several tables): a statement for one number, how many candidates there are, at most
     /// ManyCandidates; and, for pages when there are so many, the ordered text that reads through.
     std::string candidates;
     std::string readThrough;
+    std::string readThroughCount; ///< empty: `count` is the better one all the same
 };
 
 /// `oracleText` is UTF-8. With a scope every mention of a table, at whatever depth, is one of the

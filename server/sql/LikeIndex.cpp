@@ -110,6 +110,14 @@ bool HoldsColumns(const Node &node)
     return found;
 }
 
+bool LeadsIndex(const Table &table, int column)
+{
+    const auto leads = [&](const ColumnList &index) { return index.front() == column; };
+    return (!table.primaryKey.empty() && leads(table.primaryKey)) ||
+           std::any_of(table.indexes.begin(), table.indexes.end(), leads) ||
+           std::any_of(table.uniqueIndexes.begin(), table.uniqueIndexes.end(), leads);
+}
+
 /// Whether a condition compares an indexed column with a value. SQLite takes candidates for few,
 /// however many there are: a week of orders is the better way in.
 bool IsWayIn(const Node &condition)
@@ -121,11 +129,13 @@ bool IsWayIn(const Node &condition)
     const Node &column = *condition.arguments[0];
     if (column.op != Op::Column || !column.relation->table)
         return false;
-    const Table &table = *column.relation->table;
-    const auto leads = [&](const ColumnList &index) { return index.front() == column.column; };
-    return leads(table.primaryKey) ||
-           std::any_of(table.indexes.begin(), table.indexes.end(), leads) ||
-           std::any_of(table.uniqueIndexes.begin(), table.uniqueIndexes.end(), leads);
+    return LeadsIndex(*column.relation->table, column.column);
+}
+
+bool IsFoundAnotherWay(const Query &query)
+{
+    return std::any_of(query.where.begin(), query.where.end(),
+                       [](const NodePtr &condition) { return IsWayIn(*condition); });
 }
 
 NodePtr HasParts(const Relation &relation, const Grams &parts)
@@ -145,11 +155,8 @@ NodePtr HasParts(const Relation &relation, const Grams &parts)
 
 NodePtr Matches(const Query &owner, const Relation &relation, std::string grams)
 {
-    const bool isFoundAnotherWay =
-        std::any_of(owner.where.begin(), owner.where.end(),
-                    [&](const NodePtr &condition) { return IsWayIn(*condition); });
     auto node = std::make_shared<Node>();
-    node->op = isFoundAnotherWay ? Op::KeepsGrams : Op::HasGrams;
+    node->op = IsFoundAnotherWay(owner) ? Op::KeepsGrams : Op::HasGrams;
     node->text = std::move(grams);
     node->arguments = {ColumnNode(relation, RowIdColumn)};
     return node;
@@ -239,7 +246,86 @@ void Narrow(Query &query, Dialect dialect, std::vector<NodePtr> &added)
     }
 }
 
+/// "Hub.column = relation.key": the rows of the relation are looked up from the hub.
+struct Link
+{
+    const Relation *hub;
+    int hubColumn;
+    int key;
+};
+
+/// Those of a relation whose hub has an index for the way back.
+std::vector<Link> LinksOf(const Query &query, const Relation &relation)
+{
+    std::vector<Link> links;
+    const auto add = [&](const Node &key, const Node &column) {
+        if (key.op != Op::Column || key.relation != &relation || column.op != Op::Column ||
+            column.relation == &relation || !column.relation->table ||
+            std::find(query.joinOrder.begin(), query.joinOrder.end(), column.relation) ==
+                query.joinOrder.end())
+            return;
+        if (LeadsIndex(*column.relation->table, column.column))
+            links.push_back({column.relation, column.column, key.column});
+    };
+    for (const auto *conditions : {&query.where, &relation.on}) {
+        for (const NodePtr &condition : *conditions) {
+            if (condition->op != Op::Compare || condition->text != "=")
+                continue;
+            add(*condition->arguments[0], *condition->arguments[1]);
+            add(*condition->arguments[1], *condition->arguments[0]);
+        }
+    }
+    return links;
+}
+
+/// From `hub` to what each of the tables needs; null: one of them hangs on something else.
+NodePtr LeadFrom(const Query &query, const Relation &hub, const std::vector<Needed> &needs,
+                 Dialect dialect)
+{
+    auto node = std::make_shared<Node>();
+    node->op = Op::LeadsToGrams;
+    node->relation = &hub;
+    for (const Needed &needed : needs) {
+        const std::vector<Link> links = LinksOf(query, *needed.relation);
+        const auto link = std::find_if(links.begin(), links.end(),
+                                       [&](const Link &one) { return one.hub == &hub; });
+        if (link == links.end())
+            return nullptr;
+        node->arguments.push_back(ColumnNode(hub, link->hubColumn));
+        node->arguments.push_back(ColumnNode(*needed.relation, link->key));
+        node->arguments.push_back(ConditionOf(needed, dialect));
+    }
+    return node;
+}
+
+NodePtr LeadOf(Query &query, const Node &condition, Dialect dialect)
+{
+    std::vector<Needed> needs;
+    if (!CollectNeeds(query, condition, dialect, needs) || needs.size() < 2 ||
+        std::any_of(needs.begin(), needs.end(),
+                    [&](const Needed &one) { return one.owner != &query; }))
+        return nullptr;
+    for (const Link &link : LinksOf(query, *needs.front().relation)) {
+        if (NodePtr lead = LeadFrom(query, *link.hub, needs, dialect))
+            return lead;
+    }
+    return nullptr;
+}
+
 } // namespace
+
+NodePtr LeadByGrams(Query &query, Dialect dialect)
+{
+    if (IsFoundAnotherWay(query))
+        return nullptr;
+    for (const NodePtr &condition : query.where) {
+        if (NodePtr lead = LeadOf(query, *condition, dialect)) {
+            query.where.insert(query.where.begin(), lead);
+            return lead;
+        }
+    }
+    return nullptr;
+}
 
 std::vector<NodePtr> NarrowByGrams(Query &query, Dialect dialect)
 {
@@ -256,10 +342,7 @@ bool IsOrderedByIndex(Query &query)
     const auto place = PlaceOf(query, *query.orderBy.front().value);
     if (!place)
         return false;
-    const Table &table = *place->relation->table;
-    const auto leads = [&](const ColumnList &index) { return index.front() == place->column; };
-    return std::any_of(table.indexes.begin(), table.indexes.end(), leads) ||
-           std::any_of(table.uniqueIndexes.begin(), table.uniqueIndexes.end(), leads);
+    return LeadsIndex(*place->relation->table, place->column);
 }
 
 } // namespace Qel::Sql

@@ -125,6 +125,28 @@ public:
             Put(" LIMIT " + std::to_string(*query.rowLimit));
     }
 
+    /// The rows that it names. The aliases inside hide those around.
+    void PrintLead(const Node &lead)
+    {
+        const std::vector<NodePtr> row = RowName(*lead.relation);
+        for (size_t side = 0; side < lead.arguments.size(); side += 3) {
+            const Node &key = *lead.arguments[side + 1];
+            Put(side > 0 ? " UNION ALL SELECT " : "SELECT ");
+            PrintList(row, ", ");
+            Put(" FROM ");
+            PrintWithAlias(*lead.relation);
+            Put(" WHERE ");
+            Print(*lead.arguments[side]);
+            Put(" IN (SELECT ");
+            Print(key);
+            Put(" FROM ");
+            PrintWithAlias(*key.relation);
+            Put(" WHERE ");
+            Print(*lead.arguments[side + 2]);
+            Put(")");
+        }
+    }
+
     void PrintCount(const Query &query)
     {
         Put("SELECT COUNT(*)");
@@ -365,6 +387,13 @@ private:
             Put("EXISTS ");
             PrintSubSelect(node);
             break;
+        case Op::LeadsToGrams:
+            Put("(");
+            PrintList(RowName(*node.relation), ", ");
+            Put(") IN (");
+            PrintLead(node);
+            Put(")");
+            break;
         case Op::HasGrams:
         case Op::KeepsGrams:
             if (postgres_) {
@@ -395,6 +424,22 @@ private:
             Print(*hasGrams.arguments[part]);
         }
         Put("))");
+    }
+
+    /// What names a row of the table.
+    std::vector<NodePtr> RowName(const Relation &relation) const
+    {
+        if (!postgres_)
+            return {ColumnNode(relation, RowIdColumn)};
+        std::vector<NodePtr> key;
+        for (const int column : relation.table->primaryKey)
+            key.push_back(ColumnNode(relation, column));
+        return key;
+    }
+
+    void PrintWithAlias(const Relation &relation)
+    {
+        Put(Name(relation.table->name) + " AS t" + std::to_string(relation.id));
     }
 
     void PrintInfix(const Node &node, std::string_view symbol, bool byOrder = false)
@@ -533,10 +578,17 @@ std::string PrintCount(const Query &query, Dialect dialect)
     return printer.TakeText();
 }
 
-std::string PrintCandidates(const Node &hasGrams, int most)
+std::string PrintCandidates(const Node &condition, Dialect dialect, int most)
 {
-    return "SELECT COUNT(*) FROM (SELECT 1 FROM " + GramMatch(hasGrams) + " LIMIT " +
-           std::to_string(most) + ") AS candidates";
+    std::string rows;
+    if (condition.op == Op::LeadsToGrams) {
+        Printer printer(dialect);
+        printer.PrintLead(condition);
+        rows = printer.TakeText();
+    } else {
+        rows = "SELECT 1 FROM " + GramMatch(condition);
+    }
+    return "SELECT COUNT(*) FROM (" + rows + " LIMIT " + std::to_string(most) + ") AS candidates";
 }
 
 } // namespace Qel::Sql

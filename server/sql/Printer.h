@@ -13,7 +13,8 @@ std::string PrintOrdered(const Query &query, Dialect dialect);
 /// One number: how many rows there are.
 std::string PrintCount(const Query &query, Dialect dialect);
 
-/// One number: the candidates that an Op::HasGrams gives, but no more than `most`. For SQLite.
-std::string PrintCandidates(const Node &hasGrams, int most);
+/// One number: the candidates that an Op::HasGrams (on SQLite) or Op::LeadsToGrams gives, but no
+/// more than `most`.
+std::string PrintCandidates(const Node &condition, Dialect dialect, int most);
 
 } // namespace Qel::Sql

@@ -42,9 +42,11 @@ enum class Op {
     In,
     InQuery,
     Exists,
-    HasGrams,   ///< the row number of a table; text: what its gram table must match, on SQLite;
-                ///< behind it on PostgreSQL: parts of which its texts must have the grams
-    KeepsGrams, ///< the same, of rows that are found another way
+    HasGrams,     ///< the row number of a table; text: what its gram table must match, on SQLite;
+                  ///< behind it on PostgreSQL: parts of which its texts must have the grams
+    KeepsGrams,   ///< the same, of rows that are found another way
+    LeadsToGrams, ///< rows of `relation` that lead to such rows; in threes: a column of it, the
+                  ///< column of another table that it is equal to, that table's HasGrams
 };
 
 struct Node;

@@ -96,7 +96,7 @@ QueryResult QueryRunner::Run(const Sql::CompiledQuery &query, int page, int page
     // A page that is not full is the last one and shows how many rows there are; a filter that
     // finds next to nothing is then not searched for twice.
     const bool last = count < pageSize && (count > 0 || offset == 0);
-    const qint64 total = last ? offset + count : Count(query.count);
+    const qint64 total = last ? offset + count : Count(query.Total(many));
     return {total, count, rows.Finish(total)};
 }
 
