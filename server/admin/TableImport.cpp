@@ -66,6 +66,9 @@ bool IsDate(QByteArrayView text)
 /// The number of characters; -1: it is not UTF-8, or has a zero byte, which no database keeps.
 qsizetype CharacterCount(const QByteArray &text)
 {
+    if (std::all_of(text.begin(), text.end(),
+                    [](char c) { return static_cast<signed char>(c) > 0; }))
+        return text.size();
     if (text.contains('\0'))
         return -1;
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -233,14 +236,16 @@ QString TableImport::ProblemOf(const CsvCell &cell, const Sql::Column &column) c
 {
     if (cell.isNull)
         return column.notNull ? u"不能没有值"_s : QString();
-    const QString shown = u"“%1”"_s.arg(QString::fromUtf8(cell.text.left(60)));
+    const auto isNo = [&](const QString &kind) {
+        return u"“%1”不是%2"_s.arg(QString::fromUtf8(cell.text.left(60)), kind);
+    };
     switch (column.type) {
     case Sql::ColumnType::Integer:
-        return IsInteger(cell.text) ? QString() : shown + u"不是整数"_s;
+        return IsInteger(cell.text) ? QString() : isNo(u"整数"_s);
     case Sql::ColumnType::Real:
-        return IsReal(cell.text) ? QString() : shown + u"不是数字"_s;
+        return IsReal(cell.text) ? QString() : isNo(u"数字"_s);
     case Sql::ColumnType::DateTime:
-        return IsDate(cell.text) ? QString() : shown + u"不是“年-月-日 时:分:秒”的日期"_s;
+        return IsDate(cell.text) ? QString() : isNo(u"“年-月-日 时:分:秒”的日期"_s);
     case Sql::ColumnType::Text:
         break;
     }
