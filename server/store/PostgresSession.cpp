@@ -246,9 +246,9 @@ void PostgresSession::Send(const QByteArray &name, const std::vector<PostgresPar
 
 void PostgresSession::Queue(Queued statement)
 {
-    queue_.push_back(std::move(statement));
     if (queue_.size() >= MostQueued)
-        Flush();
+        Flush(); // what went before a COMMIT, never the COMMIT itself
+    queue_.push_back(std::move(statement));
 }
 
 void PostgresSession::Flush(OnStop onStop)
