@@ -362,22 +362,29 @@ Response Service::QueryOn(Store::Reader &reader, const Request &request, LogEntr
 class Service::Posting
 {
 public:
-    /// Throws EProblem if the credential may not even be looked at.
     Posting(Service &service, const Request &request, LogEntry &log)
         : service_(service)
         , request_(request)
         , log_(log)
-        , logIn_(service, request, log)
     {
     }
 
     // No client hang-up ends a post: it is stored whole, and its answer waits under its key.
     Clock::time_point Deadline() const { return deadline_; }
 
+    /// Throws EProblem if the credential may not even be looked at. May wait for the verdict on
+    /// others: of several posts on one thread each one's is found before the next one is admitted.
+    void Admit()
+    {
+        if (!logIn_)
+            logIn_.emplace(service_, request_, log_);
+    }
+
     /// The body is read only for who has a good credential.
     Managers::Submission Prepare(Store::Connection &connection)
     {
-        auto user = logIn_.Look(connection);
+        Admit();
+        auto user = logIn_->Look(connection);
         if (!post_) {
             CheckKey(request_.idempotencyKey);
             post_.emplace(Wire::DecodePostRequest(request_.body, RequestFormat(request_)),
@@ -405,13 +412,14 @@ private:
     LogEntry &log_;
     const Clock::time_point deadline_ =
         std::min(request_.deadline, Clock::now() + service_.options_.statementTime);
-    LogIn logIn_;
+    std::optional<LogIn> logIn_;
     std::optional<Managers::Post> post_;
 };
 
 Response Service::Post(const Request &request, LogEntry &log)
 {
     Posting posting(*this, request, log);
+    posting.Admit(); // before it takes a connection
     return posting.Answered(
         Managers::SubmitPost(writers_, posting.Deadline(), [&](Store::Connection &connection) {
             return posting.Prepare(connection);
@@ -427,40 +435,33 @@ std::vector<Response> Service::HandleTogether(std::span<const Request *const> re
     {
         Member(Service &service, const Request &request)
             : handling(service, request)
+            , posting(service, request, handling.log)
         {
-            try {
-                posting.emplace(service, request, handling.log);
-            } catch (...) {
-                refusal = std::current_exception();
-            }
         }
         Handling handling;
-        std::optional<Posting> posting;
-        std::exception_ptr refusal; ///< of what is not even tried
+        Posting posting;
     };
     std::list<Member> members;
     std::vector<Managers::PostInGroup> posts;
     for (const Request *request : requests) {
-        Member &member = members.emplace_back(*this, *request);
-        if (member.posting)
-            posts.push_back({.deadline = member.posting->Deadline(),
-                             .prepare = [&posting = *member.posting](auto &connection) {
-                                 return posting.Prepare(connection);
-                             }});
+        Posting &posting = members.emplace_back(*this, *request).posting;
+        posts.push_back(
+            {.deadline = posting.Deadline(), .prepare = [&posting](Store::Connection &connection) {
+                 return posting.Prepare(connection);
+             }});
     }
-    if (!posts.empty())
-        Managers::SubmitPosts(writers_, posts);
+    Managers::SubmitPosts(writers_, posts);
 
     std::vector<Response> responses;
     auto post = posts.begin();
-    for (Member &member : members)
+    for (Member &member : members) {
         responses.push_back(member.handling.Answered([&] {
-            const std::exception_ptr failure = member.posting ? post->failure : member.refusal;
-            const auto answer = member.posting ? (post++)->answer : Wire::PostAnswer();
-            if (failure)
-                std::rethrow_exception(failure);
-            return member.posting->Answered(answer);
+            if (post->failure)
+                std::rethrow_exception(post->failure);
+            return member.posting.Answered(post->answer);
         }));
+        ++post;
+    }
     return responses;
 }
 

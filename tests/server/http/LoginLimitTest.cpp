@@ -1,6 +1,7 @@
 #include "support/ServerProcess.h"
 #include "support/TestDatabase.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <memory>
@@ -81,6 +82,46 @@ private slots:
             ++answers[client->Receive().status];
         QCOMPARE(answers, (QMap<int, int>{{401, 5}, {429, 27}}));
         QCOMPARE(server.Metric("qel_logins_failed_total"), 5.0);
+    }
+
+    /// Those of one office after the server has started, of whom it knows nobody yet.
+    void FirstPostsOfThirtyTwoAtOnceAreAnsweredAtOnce_data()
+    {
+        QTest::addColumn<QByteArray>("credential");
+        QTest::addColumn<QMap<int, int>>("expected");
+        QTest::newRow("good") << QByteArray("admin:0123456789abcdef-admin")
+                              << QMap<int, int>{{200, 32}};
+        QTest::newRow("wrong") << QByteArray(Wrong) << QMap<int, int>{{401, 5}, {429, 27}};
+    }
+    void FirstPostsOfThirtyTwoAtOnceAreAnsweredAtOnce()
+    {
+        QFETCH(QByteArray, credential);
+        TestDatabase site;
+        ServerProcess server(QStringList{u"--database"_s, site.Url()} + WithMetrics);
+        const Wire::PostRequest nothing{
+            u"com.business.admin.UniUnion"_s, u"insert_update_UniOrgType"_s, {}};
+        const QByteArray post = ToBytes({.path = "/NorvaneServlet",
+                                         .body = Wire::Encode(nothing, Wire::Format::Json),
+                                         .credential = credential});
+        QElapsedTimer timer;
+        timer.start();
+        std::vector<std::unique_ptr<RawClient>> clients;
+        for (int at = 0; at < 32; ++at) {
+            clients.push_back(std::make_unique<RawClient>(server.Port()));
+            clients.back()->Send(post.chopped(1));
+        }
+        {
+            const Store::Transaction other(site.Connection());
+            for (const auto &client : clients)
+                client->Send(post.last(1));
+            if (site.Database().SharesTransactions()) // they wait for it, and so for one another
+                QTRY_VERIFY(server.Metric("qel_connections_answering") >= 16);
+        }
+        QMap<int, int> answers;
+        for (const auto &client : clients)
+            ++answers[client->Receive().status];
+        QTEST(answers, "expected");
+        QVERIFY2(timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
     }
 
     void AMissingCredentialIsNoFailedLogIn()
