@@ -220,6 +220,30 @@ bool CollectNeeds(Query &query, const Node &condition, Dialect dialect, std::vec
     return true;
 }
 
+/// The condition itself, as "CASE WHEN condition THEN 1 = 1 END": PostgreSQL expects half of the
+/// rows of that, so that what is rare is not counted as rare twice. One that makes outer joins
+/// inner ones stays as it is: the planner would not see that any more.
+NodePtr Confirming(const NodePtr &condition, const Needed &needed)
+{
+    bool isOuter = needed.relation->outer;
+    ForEachColumn(*condition,
+                  [&](const Node &column) { isOuter = isOuter || column.relation->outer; });
+    if (isOuter)
+        return condition;
+    auto one = std::make_shared<Node>();
+    one->op = Op::Number;
+    one->type = Type::Integer;
+    one->text = "1";
+    auto holds = std::make_shared<Node>();
+    holds->op = Op::Compare;
+    holds->text = "=";
+    holds->arguments = {one, one};
+    auto node = std::make_shared<Node>();
+    node->op = Op::Case;
+    node->arguments = {condition, holds};
+    return node;
+}
+
 void Narrow(Query &query, Dialect dialect, std::vector<NodePtr> &added)
 {
     const std::vector<NodePtr> conditions = query.where; // more are added meanwhile
@@ -229,6 +253,9 @@ void Narrow(Query &query, Dialect dialect, std::vector<NodePtr> &added)
             continue;
         if (needs.size() == 1) {
             added.push_back(ConditionOf(needs.front(), dialect));
+            if (dialect == Dialect::PostgreSql)
+                *std::find(query.where.begin(), query.where.end(), condition) =
+                    Confirming(condition, needs.front());
             auto &where = needs.front().owner->where;
             where.insert(where.begin(), added.back());
             continue;
