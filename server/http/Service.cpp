@@ -387,8 +387,8 @@ public:
         auto user = logIn_->Look(connection);
         if (!post_) {
             CheckKey(request_.idempotencyKey);
-            post_.emplace(Wire::DecodePostRequest(request_.body, RequestFormat(request_)),
-                          request_.idempotencyKey, request_.body);
+            post_ = Managers::Post{Wire::DecodePostRequest(request_.body, RequestFormat(request_)),
+                                   request_.idempotencyKey, request_.body};
             const Wire::PostRequest &asked = post_->request;
             log_.what = asked.manager.left(100) + u'/' + asked.method.left(100);
         }
