@@ -183,10 +183,14 @@ private:
         }
     }
 
-    /// One for each cut and one for the answer, as the client repeats once and no more.
+    /// One for each cut and one for the answer, as the client repeats once and no more. Over TLS
+    /// connections are counted, of which Qt makes one or two more by itself when one ends while it
+    /// shakes hands; a post has one effect all the same.
     void CheckRequests(qsizetype length, int most)
     {
-        if (cutter_.Requests() != std::min(cutter_.Cuts() + 1, most))
+        const int expected = std::min(cutter_.Cuts() + 1, most);
+        const int ofQt = scheme_ == u"https"_s ? 2 : 0;
+        if (cutter_.Requests() < expected || cutter_.Requests() > expected + ofQt)
             Tell(length, u"asked %1 times"_s.arg(cutter_.Requests()));
     }
 

@@ -87,17 +87,22 @@ void PostgresBed::Restart(const QString &url, Stop how)
 
 void PostgresBed::KillSession(const QString &url) const
 {
+    constexpr char ownSession[] = "SELECT pg_backend_pid()";
+    const auto watcher = cluster_.Superuser();
+    const auto before = watcher->QueryText(ownSession);
     const auto session =
-        cluster_.Superuser()->QueryText(Sessions("pid") + " ORDER BY random()", {DatabaseOf(url)});
+        watcher->QueryText(Sessions("pid") + " ORDER BY random()", {DatabaseOf(url)});
     if (!session || ::kill(session->toInt(), SIGKILL) != 0)
         throw EQelError(u"没有可以终止的数据库会话。"_s);
     for (const Stopwatch watch; watch.Elapsed() < Patience;) {
         try {
-            cluster_.Superuser()->Exists("SELECT 1");
-            return;
+            // All sessions end when PostgreSQL has noticed, which may take it a moment.
+            if (watcher->QueryText(ownSession) != before)
+                return;
         } catch (const Store::EStoreError &) {
-            std::this_thread::sleep_for(5ms); // it is recovering
+            // it is recovering
         }
+        std::this_thread::sleep_for(5ms);
     }
     throw EQelError(u"数据库没有恢复。"_s);
 }
